@@ -1,0 +1,52 @@
+// State of a context that only the host sees.
+#pragma once
+
+#include <cstdarg>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "kovo/host_calls.h"
+#include "kovo/host_text.h"
+#include "kovo/vmengine.h"
+
+struct Language;
+
+// A private variable's creation, so that it can be undone: the symbol and the
+// variable it hid.
+struct PrivateEntry {
+  DynSymbol* symbol;
+  ValueCell* hidden;
+  int32_t hiddenScope;
+};
+
+struct HostInternals {
+  std::unordered_map<std::string, std::unique_ptr<DynSymbol>> symbols;
+  std::vector<DynSymbol*> symbolOrder;  // creation order, for xdynsymEval
+  std::vector<PrivateEntry> privates;
+  const CodePage* codePage;
+  const Language* language;
+};
+
+// The error class: its name and instance variables, in slot order.
+struct Class {
+  const char* name;
+  const char* const* ivars;
+  uint32_t ivarCount;
+};
+
+const Class* errorClass();
+const Language* defaultLanguage();
+void releaseSymbolTable(VMEngine* vm);
+// Sends a message to an object whose frame holds `count` parameters.
+void objectSend(VMEngine* vm, Item* object, const char* message, uint16_t count);
+void memvarReleaseAll(VMEngine* vm);
+// A new array of nil items with one holder, for an item to take over.
+BaseArray* arrayCreate(VMEngine* vm, uint32_t length);
+// The `argc` item pointers of a variadic host operation.
+std::vector<Item*> collectItems(uint32_t argc, va_list args);
+// Item release of the payload alone; the caller resets the type word.
+void itemReleasePayload(Item* item);
+// Item values with payloads that hold references count them here.
+void itemRetainPayload(const Item* item);

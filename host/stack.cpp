@@ -1,0 +1,136 @@
+// The evaluation stack and the call of functions through a frame.
+#include <utility>
+
+#include "heap.h"
+#include "internals.h"
+#include "kovo/host_embed.h"
+
+namespace {
+
+void growStack(VMEngine* vm) {
+  VMStack& stack = vm->stack;
+  ptrdiff_t top = stack.pos - stack.items;
+  ptrdiff_t base = stack.pBase - stack.items;
+  uint32_t grown = stack.wItems + STACK_GROWTH;
+  stack.items = static_cast<Item**>(vmRealloc(vm, stack.items, grown * sizeof(Item*)));
+  for (uint32_t i = stack.wItems; i < grown; i++) {
+    stack.items[i] = static_cast<Item*>(vmAlloc(vm, sizeof(Item)));
+  }
+  stack.wItems = grown;
+  stack.pos = stack.items + top;
+  stack.pBase = stack.items + base;
+}
+
+void popTo(VMEngine* vm, ptrdiff_t frameBase) {
+  VMStack& stack = vm->stack;
+  Item** base = stack.items + frameBase;
+  while (stack.pos > base)
+    itemClear(vm, *--stack.pos);
+}
+
+// In the extended layout the parameters lie displaced by as many slots as
+// there are of them: the gap is filled with nil items.
+void extendFrame(VMEngine* vm, ptrdiff_t frameBase, uint16_t count) {
+  for (uint16_t i = 0; i < count; i++)
+    vmPushNil(vm);
+  Item** params = vm->stack.items + frameBase + 2;
+  for (uint16_t i = 0; i < count; i++)
+    std::swap(params[i], params[count + i]);
+}
+
+bool isObject(const Item* item) {
+  return (item->type & HB_IT_ARRAY) && item->item.asArray.value->cls != nullptr;
+}
+
+void callFunction(VMEngine* vm, DynSymbol* symbol) {
+  if (!symbol || !symbol->function) {
+    Item* error = err_RT_New(vm, ES_ERROR, ERR_SS_BASE, EG_NOFUNC, 1001, nullptr,
+                             symbol ? symbol->name : "", 0, EF_CANDEFAULT);
+    err_Launch(vm, error);
+    xItemRelease(vm, error);
+    return;
+  }
+  try {
+    symbol->function(vm);
+  } catch (const char* text) {
+    itemClear(vm, &vm->stack.Return);
+    if (vm->events && vm->events->exception) vm->events->exception(vm, vm->eventCargo, text);
+  }
+}
+
+// Runs the frame whose symbol lies `count` + 2 slots below the top.
+void runFrame(VMEngine* vm, uint16_t count, bool send) {
+  VMStack& stack = vm->stack;
+  ptrdiff_t frameBase = stack.pos - stack.items - count - 2;
+  ptrdiff_t callerBase = stack.pBase - stack.items;
+  Item* symbolItem = stack.items[frameBase];
+  stack.pBase = stack.items + frameBase;
+  uint16_t stored = count;
+  if (vm->extendedFrames) {
+    extendFrame(vm, frameBase, count);
+    stored = static_cast<uint16_t>(256 + count);
+  }
+  symbolItem->item.asSymbol.paramCount = stored;
+  symbolItem->item.asSymbol.stackBase = static_cast<int32_t>(frameBase);
+  itemClear(vm, &stack.Return);
+  DynSymbol* symbol = symbolItem->item.asSymbol.value;
+  Item* self = stack.items[frameBase + 1];
+  if (send || isObject(self)) {
+    objectSend(vm, self, symbol ? symbol->name : "", count);
+  } else {
+    callFunction(vm, symbol);
+  }
+  popTo(vm, frameBase);
+  stack.pBase = stack.items + callerBase;
+}
+
+}  // namespace
+
+Item* vmPush(VMEngine* vm) {
+  VMStack& stack = vm->stack;
+  if (stack.pos == stack.items + stack.wItems) growStack(vm);
+  Item* item = *stack.pos++;
+  itemClear(vm, item);
+  return item;
+}
+
+void vmPushNil(VMEngine* vm) {
+  vmPush(vm);
+}
+
+void vmPushSymbol(VMEngine* vm, DynSymbol* symbol) {
+  Item* item = vmPush(vm);
+  item->type = HB_IT_SYMBOL;
+  item->item.asSymbol.value = symbol;
+  item->item.asSymbol.stackBase = static_cast<int32_t>(vm->stack.pos - vm->stack.items - 1);
+  item->item.asSymbol.paramCount = 0;
+}
+
+void itemPushForward(VMEngine* vm, Item* item) {
+  itemForwardValue(vm, vmPush(vm), item);
+}
+
+void vmPop(VMEngine* vm, uint32_t count) {
+  popTo(vm, vm->stack.pos - vm->stack.items - count);
+}
+
+void xvmDo(VMEngine* vm, uint16_t count) {
+  runFrame(vm, count, false);
+}
+
+void xvmSend(VMEngine* vm, uint16_t count) {
+  runFrame(vm, count, true);
+}
+
+void xvmFunction(VMEngine* vm, uint16_t count) {
+  runFrame(vm, count, false);
+}
+
+Item* vmCallFunction(VMEngine* vm, DynSymbol* symbol, uint32_t argc, Item** argv) {
+  vmPushSymbol(vm, symbol);
+  vmPushNil(vm);
+  for (uint32_t i = 0; i < argc; i++)
+    itemCopy(vm, vmPush(vm), argv[i]);
+  xvmDo(vm, static_cast<uint16_t>(argc));
+  return &vm->stack.Return;
+}

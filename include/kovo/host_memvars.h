@@ -1,0 +1,47 @@
+// Memory variables: public and private variables visible by name.
+#pragma once
+
+#include <regex.h>
+
+#include <cstdint>
+
+#include "kovo/export.h"
+#include "kovo/host_calls.h"
+#include "kovo/item.h"
+#include "kovo/vmengine.h"
+
+enum MemvarScope : int32_t {
+  MV_UNKNOWN = 0,
+  MV_PRIVATE = 64,
+  MV_PUBLIC = 128,
+};
+
+// The symbol of a visible memory variable of that name, or null.
+KOVO_HOST_API DynSymbol* memvarFindSymbol(VMEngine* vm, const char* name);
+// Copies the variable's value into dst; false when the symbol holds no variable.
+KOVO_HOST_API bool memvarGetValue(VMEngine* vm, Item* dst, DynSymbol* symbol);
+// The variable's own storage, or null when the symbol holds no variable.
+KOVO_HOST_API ValueCell* memvarGetCell(VMEngine* vm, DynSymbol* symbol);
+KOVO_HOST_API bool memvarSetValue(VMEngine* vm, DynSymbol* symbol, const Item* value);
+// `name` is a string or symbol item; `value` may be null for nil. A private
+// variable hides a variable of the same name until it is released.
+KOVO_HOST_API void memvarCreateFromItem(VMEngine* vm, const Item* name, int32_t scope,
+                                        const Item* value);
+KOVO_HOST_API void memvarCreateFromDynSymbol(VMEngine* vm, DynSymbol* symbol, int32_t scope,
+                                             const Item* value);
+KOVO_HOST_API int32_t memvarScope(VMEngine* vm, const char* name);
+// Sets the variable to nil; it stays visible.
+KOVO_HOST_API void memvarRelease(VMEngine* vm, const Item* name);
+// Sets every private variable whose name the expression matches (or, with
+// include false, does not match) to nil.
+KOVO_HOST_API void memvarReleaseWithMask(VMEngine* vm, const regex_t* expression, bool include);
+// Removes the variable of the symbol altogether, hidden ones included.
+KOVO_HOST_API void memvarClear(VMEngine* vm, DynSymbol* symbol);
+KOVO_HOST_API int32_t memvarCount(VMEngine* vm, int32_t scope);
+// The value of the pos-th (1-based) variable of a scope, its name through *name.
+KOVO_HOST_API Item* memvarDebugVariable(VMEngine* vm, int32_t scope, int32_t pos,
+                                        const char** name);
+// Privates created after a mark are released when it is restored, as when the
+// function that created them returns.
+KOVO_HOST_API uint32_t memvarPrivateMark(VMEngine* vm);
+KOVO_HOST_API void memvarPrivateRestore(VMEngine* vm, uint32_t mark);
