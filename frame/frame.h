@@ -33,9 +33,14 @@ inline int paramCount(const VMEngine* vm) {
 inline Item* paramSlot(VMEngine* vm, int n) {
   return vmParamSlot(vm, n);
 }
+// An item with references followed; most parameters are no reference at all.
+inline Item* resolveItem(VMEngine* vm, Item* item) {
+  if (!item || !(item->type & (HB_IT_BYREF | HB_IT_ELEMREF))) return item;
+  return itemUnRef(vm, item);
+}
 // Parameter n with references followed; null when absent.
 inline Item* paramResolved(VMEngine* vm, int n) {
-  return itemUnRef(vm, vmParamSlot(vm, n));
+  return resolveItem(vm, vmParamSlot(vm, n));
 }
 inline bool paramIsByRef(VMEngine* vm, int n) {
   Item* slot = vmParamSlot(vm, n);

@@ -109,7 +109,7 @@ Item* paramItem(VMEngine* vm, int n, HB_TYPE mask) {
   Item* slot = paramSlot(vm, n);
   if (!slot) return nullptr;
   if (mask == HB_IT_BYREF) return (slot->type & HB_IT_BYREF) ? itemUnRef(vm, slot) : nullptr;
-  Item* item = itemUnRef(vm, slot);
+  Item* item = resolveItem(vm, slot);
   if (mask == HB_IT_ANY) return item;
   if (mask == HB_IT_NUMCOMPAT) return itemIsNumCompat(item) ? item : nullptr;
   return (item->type & mask) ? item : nullptr;

@@ -46,7 +46,17 @@ void memvarReleaseAll(VMEngine* vm);
 BaseArray* arrayCreate(VMEngine* vm, uint32_t length);
 // The `argc` item pointers of a variadic host operation.
 std::vector<Item*> collectItems(uint32_t argc, va_list args);
+// Types whose payload holds something that must be let go.
+inline constexpr HB_TYPE COMPLEX_TYPES =
+    HB_IT_STRING | HB_IT_ARRAY | HB_IT_HASH | HB_IT_BLOCK | HB_IT_BYREF | HB_IT_ELEMREF;
+void releaseComplexPayload(Item* item);
 // Item release of the payload alone; the caller resets the type word.
-void itemReleasePayload(Item* item);
+inline void itemReleasePayload(Item* item) {
+  if (item->type & COMPLEX_TYPES) releaseComplexPayload(item);
+}
+inline void clearItem(Item* item) {
+  itemReleasePayload(item);
+  item->type = HB_IT_NIL;
+}
 // Item values with payloads that hold references count them here.
 void itemRetainPayload(const Item* item);

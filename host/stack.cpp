@@ -7,7 +7,8 @@
 
 namespace {
 
-void growStack(VMEngine* vm) {
+// Kept out of line: the push that needs it is rare, the others must stay cheap.
+[[gnu::noinline, gnu::cold]] void growStack(VMEngine* vm) {
   VMStack& stack = vm->stack;
   ptrdiff_t top = stack.pos - stack.items;
   ptrdiff_t base = stack.pBase - stack.items;
@@ -24,13 +25,12 @@ void growStack(VMEngine* vm) {
 void popTo(VMEngine* vm, ptrdiff_t frameBase) {
   VMStack& stack = vm->stack;
   Item** base = stack.items + frameBase;
-  while (stack.pos > base)
-    itemClear(vm, *--stack.pos);
+  while (stack.pos > base) clearItem(*--stack.pos);
 }
 
 // In the extended layout the parameters lie displaced by as many slots as
 // there are of them: the gap is filled with nil items.
-void extendFrame(VMEngine* vm, ptrdiff_t frameBase, uint16_t count) {
+[[gnu::noinline]] void extendFrame(VMEngine* vm, ptrdiff_t frameBase, uint16_t count) {
   for (uint16_t i = 0; i < count; i++)
     vmPushNil(vm);
   Item** params = vm->stack.items + frameBase + 2;
@@ -72,7 +72,7 @@ void runFrame(VMEngine* vm, uint16_t count, bool send) {
   }
   symbolItem->item.asSymbol.paramCount = stored;
   symbolItem->item.asSymbol.stackBase = static_cast<int32_t>(frameBase);
-  itemClear(vm, &stack.Return);
+  clearItem(&stack.Return);
   DynSymbol* symbol = symbolItem->item.asSymbol.value;
   Item* self = stack.items[frameBase + 1];
   if (send || isObject(self)) {
@@ -89,9 +89,8 @@ void runFrame(VMEngine* vm, uint16_t count, bool send) {
 Item* vmPush(VMEngine* vm) {
   VMStack& stack = vm->stack;
   if (stack.pos == stack.items + stack.wItems) growStack(vm);
-  Item* item = *stack.pos++;
-  itemClear(vm, item);
-  return item;
+  // Free slots are always nil: every pop clears the slot it frees.
+  return *stack.pos++;
 }
 
 void vmPushNil(VMEngine* vm) {

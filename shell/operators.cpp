@@ -150,6 +150,13 @@ bool compare(VMEngine* vm, const Item* left, const Item* right, bool exactString
   }
 }
 
+// What an array, hash or block item shares with its copies.
+const void* sharedValue(const Item* item) {
+  if (item->type & HB_IT_ARRAY) return item->item.asArray.value;
+  if (item->type & HB_IT_HASH) return item->item.asHash.value;
+  return item->item.asBlock.value;
+}
+
 // Equality of the == and = operators, which also take values of different types.
 bool equality(VMEngine* vm, const std::string& op, const Item* left, const Item* right,
               bool* equal) {
@@ -158,8 +165,10 @@ bool equality(VMEngine* vm, const std::string& op, const Item* left, const Item*
     *equal = order == 0;
     return true;
   }
-  if ((left->type & HB_IT_ARRAY) && (right->type & HB_IT_ARRAY) && op == "==") {
-    *equal = left->item.asArray.value == right->item.asArray.value;
+  // Arrays, hashes and blocks are equal under == when they are the same one.
+  if (op == "==" && left->type == right->type &&
+      (left->type & (HB_IT_ARRAY | HB_IT_HASH | HB_IT_BLOCK))) {
+    *equal = sharedValue(left) == sharedValue(right);
     return true;
   }
   if (left->type == HB_IT_NIL || right->type == HB_IT_NIL) {

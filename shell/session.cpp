@@ -34,8 +34,7 @@ Session* sessionOf(VMEngine* vm) {
 void onUnhandledError(VMEngine*, void* cargo, const Item* error) {
   auto* session = static_cast<Session*>(cargo);
   if (session->quiet) {
-    session->quietErrors++;
-    if (itemGetNI(xobjIvarPtr(error, "GENCODE")) == EG_NOVAR) session->quietMissingVariables++;
+    if (session->quietGenCode == 0) session->quietGenCode = itemGetNI(xobjIvarPtr(error, "GENCODE"));
     return;
   }
   session->output.write(formatErrorLine(error) + "\n");
@@ -466,12 +465,13 @@ const char* Session::typeOfText(const std::string& text) {
   Temporaries value(vm_, 2);
   itemForwardValue(vm_, value[1], &vm_->error.errorBlock);
   bool wasQuiet = std::exchange(quiet, true);
-  int errorsBefore = quietErrors;
-  int missingBefore = quietMissingVariables;
+  int32_t outerGenCode = std::exchange(quietGenCode, 0);
   eval(parsed->statements[0].expressions[0].get(), value[0]);
+  int32_t genCode = std::exchange(quietGenCode, outerGenCode);
   quiet = wasQuiet;
   itemForwardValue(vm_, &vm_->error.errorBlock, value[1]);
-  if (quietMissingVariables != missingBefore) return "U";
-  if (quietErrors != errorsBefore) return "UE";
+  if (genCode == EG_NOVAR) return "U";
+  if (genCode == EG_NOFUNC) return "UI";
+  if (genCode != 0) return "UE";
   return itemTypeStr(value[0]);
 }

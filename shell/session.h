@@ -64,10 +64,9 @@ class Session {
 
   const Library& library;
   Output& output;
-  // While set, launched errors are counted instead of printed.
+  // While set, launched errors are not printed; the first one's general code is kept.
   bool quiet = false;
-  int quietErrors = 0;
-  int quietMissingVariables = 0;
+  int32_t quietGenCode = 0;
 
  private:
   VMEngine* vm_;

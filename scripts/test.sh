@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Installs, builds and runs the whole test suite: the ordinary build and the
+# sanitizer build (AddressSanitizer + UndefinedBehaviorSanitizer), each with
+# its unit tests and the shell cases in the ordinary and the extended frame
+# layout; then checks that the sources follow .clang-format.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh
+ctest --test-dir build --output-on-failure -j"$(nproc)"
+
+cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DKOVO_SANITIZE=ON -DKOVO_BENCHMARKS=OFF \
+  -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" > /dev/null
+cmake --build build-asan -j"$(nproc)"
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+  ctest --test-dir build-asan --output-on-failure -j"$(nproc)"
+
+git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
+echo "all tests passed"
