@@ -29,7 +29,9 @@ void callThroughFrame(benchmark::State& state, VMFunction function, bool withArg
   vmDestroy(vm);
 }
 
-void BM_FrameCall_NoOp(benchmark::State& state) { callThroughFrame(state, noOperation, false); }
+void BM_FrameCall_NoOp(benchmark::State& state) {
+  callThroughFrame(state, noOperation, false);
+}
 void BM_FrameCall_LenSized(benchmark::State& state) {
   callThroughFrame(state, lengthOfText, true);
 }

@@ -20,11 +20,13 @@ double measurePython(const std::string& data, const std::string& setup,
   int fd = mkstemp(path);
   if (fd < 0) return 0;
   close(fd);
-  std::ofstream(path, std::ios::binary).write(data.data(), static_cast<std::streamsize>(data.size()));
+  std::ofstream(path, std::ios::binary)
+      .write(data.data(), static_cast<std::streamsize>(data.size()));
   std::string script =
       "import gc, timeit\n"
-      "data = open('" + std::string(path) + "', 'rb').read()\n" + setup + "\n" +
-      "stmt = " + "'''" + statement + "'''\n"
+      "data = open('" +
+      std::string(path) + "', 'rb').read()\n" + setup + "\n" + "stmt = " + "'''" + statement +
+      "'''\n"
       "n = 1\n"
       "while timeit.timeit(stmt, globals=globals(), number=n) < 0.2: n *= 2\n"
       "print(min(timeit.repeat(stmt, globals=globals(), number=n, repeat=5)) / n)\n";
@@ -49,15 +51,19 @@ double measurePython(const std::string& data, const std::string& setup,
 void registerPythonReference(const std::string& name, const std::string& data,
                              const std::string& setup, const std::string& statement,
                              int64_t bytes) {
-  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-    double seconds = measurePython(data, setup, statement);
-    if (seconds <= 0) {
-      state.SkipWithError("python3 could not be run");
-      return;
-    }
-    for (auto _ : state) state.SetIterationTime(seconds);
-    if (bytes > 0) state.SetBytesProcessed(bytes * state.iterations());
-  })->UseManualTime()->Iterations(1);
+  benchmark::RegisterBenchmark(name.c_str(),
+                               [=](benchmark::State& state) {
+                                 double seconds = measurePython(data, setup, statement);
+                                 if (seconds <= 0) {
+                                   state.SkipWithError("python3 could not be run");
+                                   return;
+                                 }
+                                 for (auto _ : state)
+                                   state.SetIterationTime(seconds);
+                                 if (bytes > 0) state.SetBytesProcessed(bytes * state.iterations());
+                               })
+      ->UseManualTime()
+      ->Iterations(1);
 }
 
 VMEngine* benchContext() {
@@ -69,7 +75,8 @@ VMEngine* benchContext() {
 Item* benchCall(VMEngine* vm, DynSymbol* symbol, std::initializer_list<Item*> args) {
   vmPushSymbol(vm, symbol);
   vmPushNil(vm);
-  for (Item* arg : args) itemCopy(vm, vmPush(vm), arg);
+  for (Item* arg : args)
+    itemCopy(vm, vmPush(vm), arg);
   xvmDo(vm, static_cast<uint16_t>(args.size()));
   return &vm->stack.Return;
 }

@@ -13,8 +13,7 @@
 // `statement`. `data` is handed to Python as the bytes object `data`;
 // `setup` runs once before timing. `bytes` is the work size of one run.
 void registerPythonReference(const std::string& name, const std::string& data,
-                             const std::string& setup, const std::string& statement,
-                             int64_t bytes);
+                             const std::string& setup, const std::string& statement, int64_t bytes);
 
 // A context for benchmarks; errors and reports are dropped.
 VMEngine* benchContext();

@@ -102,7 +102,9 @@ char* copyText(VMEngine* vm, const char* text, uint32_t length) {
 
 }  // namespace
 
-void releaseComplexPayload(Item* item) { releaseInto(item, nullptr); }
+void releaseComplexPayload(Item* item) {
+  releaseInto(item, nullptr);
+}
 
 void itemRetainPayload(const Item* item) {
   HB_TYPE type = item->type;

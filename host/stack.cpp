@@ -25,7 +25,8 @@ namespace {
 void popTo(VMEngine* vm, ptrdiff_t frameBase) {
   VMStack& stack = vm->stack;
   Item** base = stack.items + frameBase;
-  while (stack.pos > base) clearItem(*--stack.pos);
+  while (stack.pos > base)
+    clearItem(*--stack.pos);
 }
 
 // In the extended layout the parameters lie displaced by as many slots as

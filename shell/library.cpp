@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <link.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -21,12 +22,24 @@ bool isFunctionName(const char* name) {
   return false;
 }
 
+// A bare file name is looked for beside the shell first, then where the
+// system looks for libraries.
+std::string locate(const std::string& path) {
+  if (path.find('/') != std::string::npos) return path;
+  char self[4096];
+  ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
+  if (length <= 0) return path;
+  std::string besideShell(self, static_cast<size_t>(length));
+  besideShell = besideShell.substr(0, besideShell.rfind('/') + 1) + path;
+  return access(besideShell.c_str(), R_OK) == 0 ? besideShell : path;
+}
+
 }  // namespace
 
 Library::Library(const std::string& path) {
   // The library stays loaded for the life of the process, as the
   // interpreter keeps it.
-  handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+  handle_ = dlopen(locate(path).c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
   if (!handle_) {
     const char* message = dlerror();
     error_ = message ? message : "cannot load " + path;

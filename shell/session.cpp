@@ -34,7 +34,8 @@ Session* sessionOf(VMEngine* vm) {
 void onUnhandledError(VMEngine*, void* cargo, const Item* error) {
   auto* session = static_cast<Session*>(cargo);
   if (session->quiet) {
-    if (session->quietGenCode == 0) session->quietGenCode = itemGetNI(xobjIvarPtr(error, "GENCODE"));
+    if (session->quietGenCode == 0)
+      session->quietGenCode = itemGetNI(xobjIvarPtr(error, "GENCODE"));
     return;
   }
   session->output.write(formatErrorLine(error) + "\n");
