@@ -65,28 +65,27 @@ std::vector<Item*> declaredArguments(VMEngine* vm, int declared) {
 
 }  // namespace
 
+// Both raisers take the same arguments and differ only in what they hand back.
+#define RAISE_WITH_TRAILING_ITEMS(substitute)                                                  \
+  va_list args;                                                                                \
+  va_start(args, argc);                                                                        \
+  std::vector<Item*> argv = variadicItems(argc, args);                                         \
+  va_end(args);                                                                                \
+  Raised raised = raise(vm, severity, genCode, subCode, description, operation, osCode, flags, \
+                        argc, argv.data(), substitute)
+
 uint32_t ctRaiseError(VMEngine* vm, int32_t severity, int32_t genCode, int32_t subCode,
                       const char* description, const char* operation, int32_t osCode,
                       uint32_t flags, uint32_t argc, ...) {
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = variadicItems(argc, args);
-  va_end(args);
-  return raise(vm, severity, genCode, subCode, description, operation, osCode, flags, argc,
-               argv.data(), false)
-      .action;
+  RAISE_WITH_TRAILING_ITEMS(false);
+  return raised.action;
 }
 
 Item* ctRaiseErrorSubst(VMEngine* vm, int32_t severity, int32_t genCode, int32_t subCode,
                         const char* description, const char* operation, int32_t osCode,
                         uint32_t flags, uint32_t argc, ...) {
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = variadicItems(argc, args);
-  va_end(args);
-  return raise(vm, severity, genCode, subCode, description, operation, osCode, flags, argc,
-               argv.data(), true)
-      .substitute;
+  RAISE_WITH_TRAILING_ITEMS(true);
+  return raised.substitute;
 }
 
 int32_t ctArgErrorMode(VMEngine* vm) {

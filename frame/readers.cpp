@@ -2,7 +2,6 @@
 // type into its value by one table; an array where a scalar is wanted throws
 // the reader's message text, which the host catches around the call.
 #include "frame.h"
-#include "kovo/numconv.h"
 
 namespace {
 
@@ -34,20 +33,9 @@ bool isOneByteString(const Item* item) {
 // The common numeric reading; `date` is what a date item gives.
 int32_t numberOf(const Item* item, int32_t date) {
   if (!item) return 0;
-  switch (item->type) {
-    case HB_IT_INTEGER:
-      return item->item.asInteger.value;
-    case HB_IT_LONG:
-      return item->item.asLong.value;
-    case HB_IT_DOUBLE:
-      return truncToInt32(item->item.asDouble.value);
-    case HB_IT_LOGICAL:
-      return item->item.asLogical.value ? 1 : 0;
-    case HB_IT_DATE:
-      return date;
-    default:
-      return isOneByteString(item) ? oneByteCode(item) : 0;
-  }
+  if (item->type & (HB_IT_NUMERIC | HB_IT_LOGICAL)) return itemGetNI(item);
+  if (item->type == HB_IT_DATE) return date;
+  return isOneByteString(item) ? oneByteCode(item) : 0;
 }
 
 }  // namespace

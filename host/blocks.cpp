@@ -49,17 +49,11 @@ std::vector<Item*> collectItems(uint32_t argc, va_list args) {
 }
 
 Item* vmEvalBlockV(VMEngine* vm, const Item* block, uint32_t argc, ...) {
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = collectItems(argc, args);
-  va_end(args);
+  GATHER_ITEMS(argv, argc);
   return vmEvalBlockArgs(vm, block, argc, argv.data());
 }
 
 Item* itemDo(VMEngine* vm, const Item* block, uint32_t argc, ...) {
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = collectItems(argc, args);
-  va_end(args);
+  GATHER_ITEMS(argv, argc);
   return itemNew(vm, vmEvalBlockArgs(vm, block, argc, argv.data()));
 }

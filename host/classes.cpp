@@ -77,10 +77,7 @@ void objectSend(VMEngine* vm, Item* object, const char* message, uint16_t count)
 Item* xobjSendMsg(VMEngine* vm, Item* object, const char* message, uint32_t argc, ...) {
   vmPushSymbol(vm, xdynsymGet(vm, message));
   itemCopy(vm, vmPush(vm), object);
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = collectItems(argc, args);
-  va_end(args);
+  GATHER_ITEMS(argv, argc);
   for (Item* arg : argv)
     itemCopy(vm, vmPush(vm), arg);
   xvmSend(vm, static_cast<uint16_t>(argc));

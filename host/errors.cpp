@@ -146,38 +146,26 @@ uint16_t err_RT_BASEArgs(VMEngine* vm, int32_t genCode, int32_t subCode, const c
 
 void err_RT_BASE_SubstR(VMEngine* vm, int32_t genCode, int32_t subCode, const char* description,
                         const char* operation, uint32_t argc, ...) {
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = collectItems(argc, args);
-  va_end(args);
+  GATHER_ITEMS(argv, argc);
   err_RT_BASE_SubstRArgs(vm, genCode, subCode, description, operation, argc, argv.data());
 }
 
 Item* err_RT_BASE_Subst(VMEngine* vm, int32_t genCode, int32_t subCode, const char* description,
                         const char* operation, uint32_t argc, ...) {
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = collectItems(argc, args);
-  va_end(args);
+  GATHER_ITEMS(argv, argc);
   return err_RT_BASE_SubstArgs(vm, genCode, subCode, description, operation, argc, argv.data());
 }
 
 uint16_t err_RT_BASE(VMEngine* vm, int32_t genCode, int32_t subCode, const char* description,
                      const char* operation, uint32_t argc, ...) {
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = collectItems(argc, args);
-  va_end(args);
+  GATHER_ITEMS(argv, argc);
   return err_RT_BASEArgs(vm, genCode, subCode, description, operation, argc, argv.data());
 }
 
 uint16_t err_RT_BASE_Ext1(VMEngine* vm, int32_t genCode, int32_t subCode, const char* description,
                           const char* operation, int32_t osCode, uint32_t flags, uint32_t argc,
                           ...) {
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = collectItems(argc, args);
-  va_end(args);
+  GATHER_ITEMS(argv, argc);
   Item* error = err_RT_New(vm, ES_ERROR, ERR_SS_BASE, genCode, subCode, description, operation,
                            osCode, flags);
   errPutArgsArray(vm, error, argc, argv.data());

@@ -46,6 +46,15 @@ void memvarReleaseAll(VMEngine* vm);
 BaseArray* arrayCreate(VMEngine* vm, uint32_t length);
 // The `argc` item pointers of a variadic host operation.
 std::vector<Item*> collectItems(uint32_t argc, va_list args);
+// Declares `argv` holding the trailing item arguments of the enclosing variadic operation.
+#define GATHER_ITEMS(argv, argc)         \
+  std::vector<Item*> argv;               \
+  do {                                   \
+    va_list trailing;                    \
+    va_start(trailing, argc);            \
+    argv = collectItems(argc, trailing); \
+    va_end(trailing);                    \
+  } while (false)
 // Types whose payload holds something that must be let go.
 inline constexpr HB_TYPE COMPLEX_TYPES =
     HB_IT_STRING | HB_IT_ARRAY | HB_IT_HASH | HB_IT_BLOCK | HB_IT_BYREF | HB_IT_ELEMREF;

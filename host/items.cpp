@@ -83,6 +83,13 @@ int defaultDoubleWidth(double value) {
   return (value >= 10000000000.0 || value <= -1000000000.0) ? 20 : 10;
 }
 
+// Releases what dst held and gives it a new type; the caller fills the payload.
+Item* retype(Item* dst, HB_TYPE type) {
+  itemReleasePayload(dst);
+  dst->type = type;
+  return dst;
+}
+
 // Puts a new string payload into dst after releasing the old one; the new
 // payload is built first, so the text may come from dst itself.
 Item* putString(Item* dst, char* text, uint32_t length, bool owned, HB_TYPE type) {
@@ -164,20 +171,19 @@ Item* itemPutCLM(VMEngine* vm, Item* dst, const char* text, uint32_t length, int
   return dst;
 }
 
-Item* itemPutNI(VMEngine*, Item* dst, int32_t value) {
-  itemReleasePayload(dst);
-  dst->type = HB_IT_INTEGER;
-  dst->item.asInteger.value = value;
+// Integer and long items have the same payload; only the type word tells them apart.
+Item* putInteger(Item* dst, HB_TYPE type, int32_t value) {
+  retype(dst, type)->item.asInteger.value = value;
   dst->item.asInteger.length = static_cast<uint16_t>(defaultIntWidth(value));
   return dst;
 }
 
+Item* itemPutNI(VMEngine*, Item* dst, int32_t value) {
+  return putInteger(dst, HB_IT_INTEGER, value);
+}
+
 Item* itemPutNL(VMEngine*, Item* dst, int32_t value) {
-  itemReleasePayload(dst);
-  dst->type = HB_IT_LONG;
-  dst->item.asLong.value = value;
-  dst->item.asLong.length = static_cast<uint16_t>(defaultIntWidth(value));
-  return dst;
+  return putInteger(dst, HB_IT_LONG, value);
 }
 
 Item* itemPutNDLen(VMEngine* vm, Item* dst, double value, int width, int decimals) {
@@ -219,16 +225,12 @@ Item* itemPutNIntLen(VMEngine* vm, Item* dst, int64_t value, int width) {
 }
 
 Item* itemPutL(VMEngine*, Item* dst, bool value) {
-  itemReleasePayload(dst);
-  dst->type = HB_IT_LOGICAL;
-  dst->item.asLogical.value = value ? 1 : 0;
+  retype(dst, HB_IT_LOGICAL)->item.asLogical.value = value ? 1 : 0;
   return dst;
 }
 
 Item* itemPutDL(VMEngine*, Item* dst, int32_t julian) {
-  itemReleasePayload(dst);
-  dst->type = HB_IT_DATE;
-  dst->item.asDate.value = julian;
+  retype(dst, HB_IT_DATE)->item.asDate.value = julian;
   return dst;
 }
 
@@ -241,16 +243,12 @@ Item* itemPutD(VMEngine* vm, Item* dst, int year, int month, int day) {
 }
 
 Item* itemPutPtr(VMEngine*, Item* dst, void* pointer) {
-  itemReleasePayload(dst);
-  dst->type = HB_IT_POINTER;
-  dst->item.asPointer.value = pointer;
+  retype(dst, HB_IT_POINTER)->item.asPointer.value = pointer;
   return dst;
 }
 
 Item* itemPutCounter(VMEngine*, Item* dst, uint32_t value) {
-  itemReleasePayload(dst);
-  dst->type = HB_IT_COUNTER;
-  dst->item.asCounter.value = value;
+  retype(dst, HB_IT_COUNTER)->item.asCounter.value = value;
   return dst;
 }
 
@@ -306,22 +304,10 @@ Item* itemUnRef(VMEngine* vm, Item* item) {
   return item;
 }
 
+// Exact for every integer value; a double is truncated toward zero.
 int32_t itemGetNI(const Item* item) {
-  if (!item) return 0;
-  switch (item->type) {
-    case HB_IT_INTEGER:
-      return item->item.asInteger.value;
-    case HB_IT_LONG:
-      return item->item.asLong.value;
-    case HB_IT_DOUBLE:
-      return truncToInt32(item->item.asDouble.value);
-    case HB_IT_COUNTER:
-      return static_cast<int32_t>(item->item.asCounter.value);
-    case HB_IT_LOGICAL:
-      return item->item.asLogical.value ? 1 : 0;
-    default:
-      return 0;
-  }
+  if (item && item->type == HB_IT_COUNTER) return static_cast<int32_t>(item->item.asCounter.value);
+  return truncToInt32(itemGetND(item));
 }
 
 int32_t itemGetNL(const Item* item) {

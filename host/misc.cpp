@@ -97,9 +97,6 @@ char* dbgMakeStackCall(VMEngine* vm) {
 }
 
 Item* ExeDynFunction(VMEngine* vm, const char* name, uint32_t argc, ...) {
-  va_list args;
-  va_start(args, argc);
-  std::vector<Item*> argv = collectItems(argc, args);
-  va_end(args);
+  GATHER_ITEMS(argv, argc);
   return vmCallFunction(vm, xdynsymGet(vm, name), argc, argv.data());
 }
