@@ -49,10 +49,7 @@ void builtinEval(VMEngine* vm) {
   std::vector<Item*> args;
   for (int n = 2; n <= count; n++)
     args.push_back(vmParamSlot(vm, n));
-  Item held{};
-  itemCopy(vm, &held, block);
-  vmEvalBlockArgs(vm, &held, static_cast<uint32_t>(args.size()), args.data());
-  itemClear(vm, &held);
+  vmEvalBlockArgs(vm, block, static_cast<uint32_t>(args.size()), args.data());
 }
 
 void builtinStod(VMEngine* vm) {

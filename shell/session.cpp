@@ -20,6 +20,9 @@ struct Scope {
 
 namespace {
 
+// Nested block evaluations allowed before the program is stopped.
+constexpr uint32_t MAX_BLOCK_DEPTH = 1000;
+
 struct BlockCode {
   const Node* node;
   std::shared_ptr<Scope> scope;
@@ -337,6 +340,8 @@ void Session::makeBlock(const Node* node, Item* out) {
 }
 
 void Session::evalBlock(Block* block, uint32_t argc, Item** argv, Item* result) {
+  // Blocks that call themselves without end would exhaust the machine's stack.
+  if (blockDepth_ >= MAX_BLOCK_DEPTH) err_Internal(vm_, 1001, "Stack overflow", "");
   auto* code = static_cast<BlockCode*>(block->code);
   auto scope = std::make_shared<Scope>();
   scope->parent = code->scope;
@@ -345,10 +350,14 @@ void Session::evalBlock(Block* block, uint32_t argc, Item** argv, Item* result) 
     scope->locals.emplace_back(code->node->params[i], cellNew(vm_, i < argc ? argv[i] : nullptr));
   }
   std::shared_ptr<Scope> outer = std::exchange(scope_, scope);
+  blockDepth_++;
   struct Restore {
     Session* session;
     std::shared_ptr<Scope> outer;
-    ~Restore() { session->scope_ = std::move(outer); }
+    ~Restore() {
+      session->scope_ = std::move(outer);
+      session->blockDepth_--;
+    }
   } restore{this, std::move(outer)};
   for (const NodePtr& expression : code->node->children)
     eval(expression.get(), result);

@@ -71,6 +71,7 @@ class Session {
  private:
   VMEngine* vm_;
   std::shared_ptr<Scope> scope_;
+  uint32_t blockDepth_ = 0;
   std::vector<std::unique_ptr<Program>> programs_;
 
   void runStatement(const Statement& statement, Item* value);
