@@ -60,13 +60,21 @@ TEST(HexOperand, ReadsAtMostTheLastFourUpperCaseDigits) {
   EXPECT_EQ(hexOperand("09AF"), 0x09AFu);
 }
 
+// The digit value is the distance from "0", or from 0x37 above "9": the six
+// characters between "9" and "A" read as 3 to 9.
+TEST(HexOperand, CharactersBetweenNineAndAAreDigitsToo) {
+  EXPECT_EQ(hexOperand("1:"), 0x13u);
+  EXPECT_EQ(hexOperand("@1"), 0x91u);
+  EXPECT_EQ(hexOperand("?"), 8u);
+}
+
 TEST(HexOperand, FirstOtherCharacterFromTheRightEndsTheNumber) {
   EXPECT_EQ(hexOperand("ff"), 0u);
   EXPECT_EQ(hexOperand("aF"), 0xFu);
   EXPECT_EQ(hexOperand("1G2"), 2u);
   EXPECT_EQ(hexOperand("G"), 0u);
-  EXPECT_EQ(hexOperand("1:"), 0u);
-  EXPECT_EQ(hexOperand("@1"), 1u);
+  EXPECT_EQ(hexOperand("/1"), 1u);
+  EXPECT_EQ(hexOperand("1["), 0u);
   EXPECT_EQ(hexOperand(std::string("\0F", 2)), 0xFu);
   EXPECT_EQ(hexOperand("\xC1"
                        "1"),
