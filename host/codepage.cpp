@@ -1,6 +1,7 @@
 // Code pages (CP1251, the default, and CP866) and their case mapping.
 #include <cstring>
 
+#include "byte_vector.h"
 #include "internals.h"
 #include "kovo/host_text.h"
 
@@ -69,18 +70,41 @@ const char* cdpSelectID(VMEngine* vm, const char* id) {
   return previous;
 }
 
-void strUpperCopy(VMEngine* vm, char* dst, const char* src, uint32_t length) {
-  const unsigned char* table = vm->internals->codePage->upper;
-  for (uint32_t i = 0; i < length; i++) {
-    dst[i] = static_cast<char>(table[static_cast<unsigned char>(src[i])]);
+namespace {
+
+// Every code page keeps its national letters in the upper half, so the lower
+// half maps as plain ASCII: sixteen bytes without a high byte among them are
+// converted at once, and only those with national text go through the table
+// byte by byte.
+void mapCase(const unsigned char* table, unsigned char firstLetter, char* dst, const char* src,
+             uint32_t length) {
+  const ByteVector first = repeatByte(firstLetter);
+  const ByteVector letterCount = repeatByte(26);
+  const ByteVector caseBit = repeatByte(0x20);
+  const ByteVector highBit = repeatByte(0x80);
+  uint32_t i = 0;
+  for (; i + BYTE_VECTOR_SIZE <= length; i += BYTE_VECTOR_SIZE) {
+    ByteVector bytes = loadBytes(src + i);
+    if (anyLane(bytes & highBit)) {
+      for (size_t j = i; j < i + BYTE_VECTOR_SIZE; j++)
+        dst[j] = static_cast<char>(table[static_cast<unsigned char>(src[j])]);
+    } else {
+      auto isLetter = reinterpret_cast<ByteVector>(bytes - first < letterCount);
+      storeBytes(dst + i, bytes ^ (isLetter & caseBit));
+    }
   }
+  for (; i < length; i++)
+    dst[i] = static_cast<char>(table[static_cast<unsigned char>(src[i])]);
+}
+
+}  // namespace
+
+void strUpperCopy(VMEngine* vm, char* dst, const char* src, uint32_t length) {
+  mapCase(vm->internals->codePage->upper, 'a', dst, src, length);
 }
 
 void strLowerCopy(VMEngine* vm, char* dst, const char* src, uint32_t length) {
-  const unsigned char* table = vm->internals->codePage->lower;
-  for (uint32_t i = 0; i < length; i++) {
-    dst[i] = static_cast<char>(table[static_cast<unsigned char>(src[i])]);
-  }
+  mapCase(vm->internals->codePage->lower, 'A', dst, src, length);
 }
 
 void cdpTranslate(char* text, uint32_t length, const CodePage* from, const CodePage* to) {

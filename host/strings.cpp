@@ -1,6 +1,7 @@
 // Trimming, searching, wildcard matching and number reading on byte strings.
 #include <cstring>
 
+#include "byte_vector.h"
 #include "kovo/host_text.h"
 
 namespace {
@@ -9,10 +10,48 @@ bool isWhite(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
+// Fields padded to their width end in long runs of blanks: they are passed
+// over eight at a time.
+bool eightBlanks(const char* text) {
+  uint64_t word;
+  std::memcpy(&word, text, 8);
+  return word == 0x2020202020202020u;
+}
+
+// The first occurrence of a pattern of two bytes or more. Sixteen start
+// positions are tested at once on the pattern's first and last bytes, and
+// the few that pass are compared in full. Should the full comparisons come to
+// cost more than the scan (texts like "aaaa...a" searched for "aaab"), the
+// rest of the text is left to memmem, which is linear in every case.
+const char* findPattern(const char* text, size_t length, const char* pattern,
+                        size_t patternLength) {
+  const ByteVector first = repeatByte(static_cast<unsigned char>(pattern[0]));
+  const ByteVector last = repeatByte(static_cast<unsigned char>(pattern[patternLength - 1]));
+  size_t compared = 0;
+  size_t start = 0;
+  for (; start + patternLength - 1 + BYTE_VECTOR_SIZE <= length; start += BYTE_VECTOR_SIZE) {
+    auto candidates = reinterpret_cast<ByteVector>(
+        (loadBytes(text + start) == first) & (loadBytes(text + start + patternLength - 1) == last));
+    const char* match = nullptr;
+    anyLaneWhere(candidates, [&](size_t lane) {
+      compared += patternLength;
+      const char* at = text + start + lane;
+      if (std::memcmp(at + 1, pattern + 1, patternLength - 2) != 0) return false;
+      match = at;
+      return true;
+    });
+    if (match) return match;
+    if (compared > 2 * start + 4096) break;
+  }
+  return static_cast<const char*>(memmem(text + start, length - start, pattern, patternLength));
+}
+
 }  // namespace
 
 const char* strLTrim(const char* text, uint32_t* length) {
   uint32_t skipped = 0;
+  while (*length - skipped >= 8 && eightBlanks(text + skipped))
+    skipped += 8;
   while (skipped < *length && isWhite(text[skipped]))
     skipped++;
   *length -= skipped;
@@ -20,6 +59,8 @@ const char* strLTrim(const char* text, uint32_t* length) {
 }
 
 uint32_t strRTrimLen(const char* text, uint32_t length, bool anySpace) {
+  while (length >= 8 && eightBlanks(text + length - 8))
+    length -= 8;
   if (anySpace) {
     while (length > 0 && isWhite(text[length - 1]))
       length--;
@@ -37,8 +78,9 @@ const char* strAllTrim(const char* text, uint32_t* length) {
 
 uint32_t hb_strAt(const char* sub, uint32_t subLength, const char* text, uint32_t length) {
   if (subLength == 0 || subLength > length) return 0;
-  const void* found = memmem(text, length, sub, subLength);
-  return found ? static_cast<uint32_t>(static_cast<const char*>(found) - text) + 1 : 0;
+  const char* found = subLength == 1 ? static_cast<const char*>(std::memchr(text, sub[0], length))
+                                     : findPattern(text, length, sub, subLength);
+  return found ? static_cast<uint32_t>(found - text) + 1 : 0;
 }
 
 bool hb_strMatchWild(const char* text, const char* pattern) {

@@ -39,6 +39,12 @@ check byref-extended "$("$kovo" -e 'HB_ISBYREF(@x)')" "$kovo" --extended-frames 
 check print-statement-last '1 "a"' "$kovo" -e '? 1, "a"'
 check lower-case-call '"C"' "$kovo" -e 'valtype("x")'
 
+check padc '"*ab**"' "$kovo" -e 'PADC("ab", 5, "*")'
+check trim-error 'ERROR sev=2 gen=1 sub=BASE/1100 op="TRIM" args=(5) flags=S os=0 desc="Argument error"
+NIL' "$kovo" -e 'TRIM(5)'
+check replicate-overflow "ERROR sev=2 gen=3 sub=BASE/1234 op=\"REPLICATE\" args=(\"$(printf '%65536s' '')\", 65536) flags=S os=0 desc=\"String overflow\"
+NIL" "$kovo" -e 'REPLICATE(SPACE(65536), 65536)'
+
 check_status success 0 "$kovo" -e '1'
 check_status syntax-error 1 "$kovo" -e '1 +'
 check_status unknown-option 2 "$kovo" --no-such-option

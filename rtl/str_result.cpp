@@ -1,0 +1,48 @@
+#include "str_result.h"
+
+namespace {
+
+constexpr int32_t SUBCODE_STRING_OVERFLOW = 1234;
+constexpr double STRING_LIMIT = 4294967295.0;
+
+}  // namespace
+
+char* newText(VMEngine* vm, uint64_t length) {
+  return static_cast<char*>(vmAlloc(vm, static_cast<size_t>(length) + 1));
+}
+
+void returnText(VMEngine* vm, char* buffer, uint32_t length) {
+  itemPutCPtr(vm, returnItem(vm), buffer, length);
+}
+
+void returnEmpty(VMEngine* vm) {
+  itemPutC(vm, returnItem(vm), "");
+}
+
+void returnSlice(VMEngine* vm, const Item* source, uint32_t start, uint32_t count) {
+  if (count == 0) return returnEmpty(vm);
+  if (start == 0 && count == itemStrLen(source)) return itemReturn(vm, source);
+  itemPutCL(vm, returnItem(vm), itemStrPtr(source) + start, count);
+}
+
+uint32_t clampCount(int64_t count, uint32_t length) {
+  if (count < 1) return 0;
+  return count < length ? static_cast<uint32_t>(count) : length;
+}
+
+bool paramSwitch(VMEngine* vm, int n) {
+  const Item* item = paramResolved(vm, n);
+  return item && !(item->type & HB_IT_ARRAY) && param(vm, n) != 0;
+}
+
+int64_t paramNumberOr(VMEngine* vm, int n, int64_t absent) {
+  return paramIsNumCompat(vm, n) ? paramGetNL(vm, n) : absent;
+}
+
+bool textTooLong(double length) {
+  return length >= STRING_LIMIT;
+}
+
+void stringOverflowError(VMEngine* vm, const char* operation, int declared) {
+  argErrorGen(vm, EG_STROVERFLOW, SUBCODE_STRING_OVERFLOW, operation, declared);
+}
