@@ -259,8 +259,10 @@ void applyUnary(VMEngine* vm, const std::string& text, Item* operand, Item* out)
   if (text == "-" && isInteger(operand)) {
     itemPutNInt(vm, out, -static_cast<int64_t>(itemGetNL(operand)));
   } else if (text == "-" && operand->type == HB_IT_DOUBLE) {
-    itemPutNDLen(vm, out, -operand->item.asDouble.value, operand->item.asDouble.length,
-                 operand->item.asDouble.decimal);
+    // The sign takes a place of its own in the display width, as in "-12.5".
+    double value = operand->item.asDouble.value;
+    int width = operand->item.asDouble.length + (value >= 0 ? 1 : 0);
+    itemPutNDLen(vm, out, -value, width, operand->item.asDouble.decimal);
   } else if (text == ".NOT." && operand->type == HB_IT_LOGICAL) {
     itemPutL(vm, out, operand->item.asLogical.value == 0);
   } else {
