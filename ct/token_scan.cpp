@@ -1,0 +1,33 @@
+#include "ct/token_scan.h"
+
+namespace {
+
+// Control characters, blank, two bytes of the upper half and punctuation.
+constexpr char DEFAULT_SEPARATORS[] =
+    "\x00\x09\x0A\x0C\x1A\x20\x8A\x8C"
+    ",.;:!?/\\<>()#&%+-*";
+static_assert(sizeof DEFAULT_SEPARATORS - 1 == 26);
+
+}  // namespace
+
+CtText tokenSeparators(VMEngine* vm, int n) {
+  Item* separators = paramItem(vm, n, HB_IT_STRING);
+  if (separators && itemStrLen(separators) > 0) return ctTextOf(separators);
+  return {DEFAULT_SEPARATORS, sizeof DEFAULT_SEPARATORS - 1};
+}
+
+TokenScan::TokenScan(CtText text, CtText separators, uint32_t skip, SeparatorTrail* trail)
+    : text_(text),
+      separators_(text.bytes, text.length, separators.bytes, separators.length),
+      skip_(skip),
+      trail_(trail) {}
+
+TokenStep TokenScan::step() {
+  for (uint32_t searches = 1;; searches++) {
+    uint32_t start = next_;
+    const char* separator = separators_.next();
+    if (trail_) trail_->record(separator);
+    next_ = separator ? offset(separator) + 1 : text_.length;
+    if (!separator || offset(separator) != start || searches >= skip_) return {start, separator};
+  }
+}
