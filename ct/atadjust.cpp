@@ -58,18 +58,16 @@ void putAdjusted(VMEngine* vm, CtText working, uint32_t matchAt, uint32_t target
 // Everything after the ignored prefix is the working text, and every result,
 // the unchanged one included, leaves the prefix out.
 KOVO_FUNC(ATADJUST) {
-  Item* patternItem = paramItem(vm, 1, HB_IT_STRING);
-  Item* textItem = paramItem(vm, 2, HB_IT_STRING);
-  if (!patternItem || !textItem || !paramIsNumCompat(vm, 3)) {
+  CtText pattern;
+  CtText text;
+  if (!ctPatternAndText(vm, &pattern, &text) || !paramIsNumCompat(vm, 3)) {
     if (!ctArgErrorSubst(vm, ATADJUST_ERROR, "ATADJUST", 6)) ctReturnStringParam(vm, 2);
     return;
   }
-  CtText pattern = ctTextOf(patternItem);
-  CtText text = ctTextOf(textItem);
   uint32_t ignore = ctParamUnsigned(vm, 5, 0);
   if (ignore >= text.length) {
     ctArgErrorDefault(vm, ATADJUST_ERROR, "ATADJUST", 6);
-    itemReturn(vm, textItem);
+    ctReturnStringParam(vm, 2);
     return;
   }
   CtText working{text.bytes + ignore, text.length - ignore};
@@ -79,11 +77,8 @@ KOVO_FUNC(ATADJUST) {
     itemPutCL(vm, returnItem(vm), working.bytes, working.length);
     return;
   }
-  uint32_t n = ctParamUnsigned(vm, 4, 0);
-  const char* match = n != 0 ? ctSearchNth(vm, working.bytes, working.length, pattern.bytes,
-                                           pattern.length, n, nullptr, nullptr)
-                             : ctSearchBackward(vm, working.bytes, working.length, pattern.bytes,
-                                                pattern.length, nullptr);
+  const char* match = ctSearchNthOrLast(vm, working.bytes, working.length, pattern.bytes,
+                                        pattern.length, ctParamUnsigned(vm, 4, 0), nullptr);
   if (!match) {
     itemPutCL(vm, returnItem(vm), working.bytes, working.length);
     return;

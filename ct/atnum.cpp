@@ -34,28 +34,22 @@ void putMatch(VMEngine* vm, AtResult kind, CtText text, const char* match, uint3
 
 // The ignored prefix counts in every result, though it is not searched.
 void atNumWorker(VMEngine* vm, AtResult kind, int32_t subCode, const char* operation) {
-  Item* patternItem = paramItem(vm, 1, HB_IT_STRING);
-  Item* textItem = paramItem(vm, 2, HB_IT_STRING);
-  if (!patternItem || !textItem) {
+  CtText pattern;
+  CtText text;
+  if (!ctPatternAndText(vm, &pattern, &text)) {
     if (!ctArgErrorSubst(vm, subCode, operation, 4)) putNotFound(vm, kind);
     return;
   }
-  CtText pattern = ctTextOf(patternItem);
-  CtText text = ctTextOf(textItem);
   uint32_t ignore = ctParamUnsigned(vm, 4, 0);
   if (ignore >= text.length) {
     ctArgErrorDefault(vm, subCode, operation, 4);
     putNotFound(vm, kind);
     return;
   }
-  const char* searched = text.bytes + ignore;
-  uint32_t searchedLength = text.length - ignore;
-  uint32_t n = ctParamUnsigned(vm, 3, 0);
   uint32_t matchLength = 0;
-  const char* match = n != 0 ? ctSearchNth(vm, searched, searchedLength, pattern.bytes,
-                                           pattern.length, n, &matchLength, nullptr)
-                             : ctSearchBackward(vm, searched, searchedLength, pattern.bytes,
-                                                pattern.length, &matchLength);
+  const char* match =
+      ctSearchNthOrLast(vm, text.bytes + ignore, text.length - ignore, pattern.bytes,
+                        pattern.length, ctParamUnsigned(vm, 3, 0), &matchLength);
   if (match) {
     putMatch(vm, kind, text, match, matchLength);
   } else {

@@ -35,18 +35,16 @@ CtText replacementParam(VMEngine* vm) {
 }  // namespace
 
 KOVO_FUNC(ATREPL) {
-  Item* patternItem = paramItem(vm, 1, HB_IT_STRING);
-  Item* textItem = paramItem(vm, 2, HB_IT_STRING);
-  if (!patternItem || !textItem) {
+  CtText pattern;
+  CtText text;
+  if (!ctPatternAndText(vm, &pattern, &text)) {
     if (!ctArgErrorSubst(vm, ATREPL_ERROR, "ATREPL", 6)) ctReturnStringParam(vm, 2);
     return;
   }
-  CtText pattern = ctTextOf(patternItem);
-  CtText text = ctTextOf(textItem);
   uint32_t ignore = ctParamUnsigned(vm, 6, 0);
   if (ignore >= text.length) {
     ctArgErrorDefault(vm, ATREPL_ERROR, "ATREPL", 6);
-    itemReturn(vm, textItem);
+    ctReturnStringParam(vm, 2);
     return;
   }
   CtText replacement = replacementParam(vm);
@@ -55,15 +53,11 @@ KOVO_FUNC(ATREPL) {
   uint32_t resultLength = 0;
   char* result;
   if (onlyNth) {
-    const char* searched = text.bytes + ignore;
-    uint32_t searchedLength = text.length - ignore;
     uint32_t matchLength = 0;
-    const char* match = counter == 0 ? ctSearchBackward(vm, searched, searchedLength, pattern.bytes,
-                                                        pattern.length, &matchLength)
-                                     : ctSearchNth(vm, searched, searchedLength, pattern.bytes,
-                                                   pattern.length, counter, &matchLength, nullptr);
+    const char* match = ctSearchNthOrLast(vm, text.bytes + ignore, text.length - ignore,
+                                          pattern.bytes, pattern.length, counter, &matchLength);
     if (!match) {
-      itemReturn(vm, textItem);
+      ctReturnStringParam(vm, 2);
       return;
     }
     result = spliced(vm, text, match, matchLength, replacement, &resultLength);
@@ -73,7 +67,7 @@ KOVO_FUNC(ATREPL) {
   }
   if (!result) {
     ctErrorDefaultGen(vm, EG_STROVERFLOW, ATREPL_ERROR, "ATREPL", 6);
-    itemReturn(vm, textItem);
+    ctReturnStringParam(vm, 2);
     return;
   }
   itemPutCPtr(vm, returnItem(vm), result, resultLength);

@@ -30,6 +30,17 @@ inline CtText ctTextOf(const Item* item) {
   return {item->item.asString.value, item->item.asString.length};
 }
 
+// Parameters 1 and 2, the pattern and the text of the searching functions;
+// false unless both are strings.
+inline bool ctPatternAndText(VMEngine* vm, CtText* pattern, CtText* text) {
+  Item* patternItem = paramItem(vm, 1, HB_IT_STRING);
+  Item* textItem = paramItem(vm, 2, HB_IT_STRING);
+  if (!patternItem || !textItem) return false;
+  *pattern = ctTextOf(patternItem);
+  *text = ctTextOf(textItem);
+  return true;
+}
+
 // Parameter n as the result when it is a string, else "".
 inline void ctReturnStringParam(VMEngine* vm, int n) {
   Item* text = paramItem(vm, n, HB_IT_STRING);

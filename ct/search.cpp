@@ -74,19 +74,36 @@ uint32_t laneBits(uint64_t lane) {
   return static_cast<uint32_t>(((lane & 0x8080808080808080ull) * 0x0002040810204081ull) >> 56);
 }
 
-// Bit k is set when start position k of the block has both anchor bytes.
-uint32_t candidates(const char* block, const Needle& needle) {
-  auto hit = (load16(block + needle.firstAnchor) == splat(needle.pattern[needle.firstAnchor])) &
-             (load16(block + needle.lastAnchor) == splat(needle.pattern[needle.lastAnchor]));
-  auto lanes = reinterpret_cast<Lanes16>(hit);
-  return laneBits(lanes[0]) | laneBits(lanes[1]) << 8;
-}
+// Compares the two anchor bytes for the sixteen start positions of a block.
+class AnchorFilter {
+ public:
+  explicit AnchorFilter(const Needle& needle)
+      : firstAnchor_(needle.firstAnchor),
+        lastAnchor_(needle.lastAnchor),
+        first_(splat(needle.pattern[needle.firstAnchor])),
+        last_(splat(needle.pattern[needle.lastAnchor])) {}
+
+  // Bit k is set when start position k of the block has both anchor bytes.
+  uint32_t candidates(const char* block) const {
+    auto hit = (load16(block + firstAnchor_) == first_) & (load16(block + lastAnchor_) == last_);
+    auto lanes = reinterpret_cast<Lanes16>(hit);
+    if ((lanes[0] | lanes[1]) == 0) return 0;
+    return laneBits(lanes[0]) | laneBits(lanes[1]) << 8;
+  }
+
+ private:
+  uint32_t firstAnchor_;
+  uint32_t lastAnchor_;
+  Bytes16 first_;
+  Bytes16 last_;
+};
 
 // The first match among the start positions [0, positions).
 const char* firstMatch(const char* text, uint32_t positions, const Needle& needle) {
+  const AnchorFilter filter(needle);
   uint32_t position = 0;
   for (; positions - position >= BLOCK; position += BLOCK) {
-    for (uint32_t bits = candidates(text + position, needle); bits != 0; bits &= bits - 1) {
+    for (uint32_t bits = filter.candidates(text + position); bits != 0; bits &= bits - 1) {
       const char* at = text + position + __builtin_ctz(bits);
       if (wholeMatch(at, needle)) return at;
     }
@@ -100,10 +117,11 @@ const char* firstMatch(const char* text, uint32_t positions, const Needle& needl
 
 // The last match among the start positions [0, positions).
 const char* lastMatch(const char* text, uint32_t positions, const Needle& needle) {
+  const AnchorFilter filter(needle);
   uint32_t remaining = positions;
   for (; remaining >= BLOCK; remaining -= BLOCK) {
     const char* block = text + remaining - BLOCK;
-    for (uint32_t bits = candidates(block, needle); bits != 0;) {
+    for (uint32_t bits = filter.candidates(block); bits != 0;) {
       int top = 31 - __builtin_clz(bits);
       if (wholeMatch(block + top, needle)) return block + top;
       bits &= ~(1u << top);
@@ -219,4 +237,10 @@ const char* ctSearchNth(VMEngine* vm, const char* text, uint32_t length, const c
   if (!match) return nullptr;
   if (matchLength) *matchLength = size;
   return match;
+}
+
+const char* ctSearchNthOrLast(VMEngine* vm, const char* text, uint32_t length, const char* pattern,
+                              uint32_t patternLength, uint32_t n, uint32_t* matchLength) {
+  if (n == 0) return ctSearchBackward(vm, text, length, pattern, patternLength, matchLength);
+  return ctSearchNth(vm, text, length, pattern, patternLength, n, matchLength, nullptr);
 }

@@ -86,10 +86,16 @@ void tokenWorker(VMEngine* vm, TokenMode mode, int32_t subCode, const char* oper
     return;
   }
   CtText text = ctTextOf(textItem);
-  CtText separators = tokenSeparators(vm, 2);
+  CtText separatorText = tokenSeparators(vm, 2);
+  const CtCharSet separators(separatorText.bytes, separatorText.length);
   bool counting = mode == TokenMode::Count;
   uint32_t n = counting ? CT_ALL : ctParamLimit(vm, 3);
   uint32_t skip = ctParamLimit(vm, counting ? 3 : 4);
+  if (counting && skip == CT_ALL) {
+    // Every run of non-separators is a token then: counted a block at a time.
+    itemPutNInt(vm, returnItem(vm), separators.runsOutside(text.bytes, text.length));
+    return;
+  }
   char* cased = nullptr;
   if (mode == TokenMode::Lower || mode == TokenMode::Upper) {
     cased = static_cast<char*>(vmAlloc(vm, size_t{text.length} + 1));

@@ -18,14 +18,18 @@ void releaseTokenState(VMEngine* vm) {
   state.envSize = 0;
 }
 
-void putWord(unsigned char* at, uint32_t value) {
-  for (int i = 0; i < 4; i++)
-    at[i] = static_cast<unsigned char>(value >> (8 * i));
-}
-
 // The largest capacity whose string form a string can hold.
 constexpr uint32_t MAX_CAPACITY =
     (UINT32_MAX - 1 - TOKEN_ENV_HEADER) / TOKEN_ENTRY_SIZE / TOKEN_ENV_GROWTH * TOKEN_ENV_GROWTH;
+
+size_t blockBytes(uint64_t slots) {
+  return TOKEN_ENV_HEADER + TOKEN_ENTRY_SIZE * slots + 1;  // and the zero byte of a string
+}
+
+uint32_t capacityFor(uint64_t tokens) {
+  uint64_t rounded = (tokens + TOKEN_ENV_GROWTH - 1) / TOKEN_ENV_GROWTH * TOKEN_ENV_GROWTH;
+  return static_cast<uint32_t>(std::clamp<uint64_t>(rounded, TOKEN_ENV_GROWTH, MAX_CAPACITY));
+}
 
 // Collects the entries in a block that doubles as it fills, so that a long
 // scan allocates a few times and not once per hundred tokens. The capacity
@@ -40,18 +44,17 @@ class EnvBuilder {
   bool add(uint32_t start, uint32_t end) {
     if (count_ == slots_ && !grow()) return false;
     unsigned char* entry = block_ + TOKEN_ENV_HEADER + size_t{TOKEN_ENTRY_SIZE} * count_;
-    putWord(entry, start);
-    putWord(entry + 4, end);
+    tokenStoreWord(entry, start);
+    tokenStoreWord(entry + 4, end);
     count_++;
     return true;
   }
 
   unsigned char* finish(uint32_t* size) {
     if (!block_ && !grow()) return nullptr;
-    uint32_t capacity = std::max(
-        TOKEN_ENV_GROWTH, (count_ + TOKEN_ENV_GROWTH - 1) / TOKEN_ENV_GROWTH * TOKEN_ENV_GROWTH);
-    putWord(block_, count_);
-    putWord(block_ + 4, capacity);
+    uint32_t capacity = capacityFor(count_);
+    tokenStoreWord(block_, count_);
+    tokenStoreWord(block_ + 4, capacity);
     *size = TOKEN_ENV_HEADER + TOKEN_ENTRY_SIZE * capacity;
     return std::exchange(block_, nullptr);
   }
@@ -60,8 +63,7 @@ class EnvBuilder {
   bool grow() {
     if (slots_ == MAX_CAPACITY) return false;
     uint32_t slots = slots_ == 0 ? TOKEN_ENV_GROWTH : std::min(MAX_CAPACITY, 2 * slots_);
-    size_t bytes = TOKEN_ENV_HEADER + size_t{TOKEN_ENTRY_SIZE} * slots + 1;
-    auto* grown = static_cast<unsigned char*>(vmTryRealloc(vm_, block_, bytes));
+    auto* grown = static_cast<unsigned char*>(vmTryRealloc(vm_, block_, blockBytes(slots)));
     if (!grown) return false;
     block_ = grown;
     slots_ = slots;
@@ -76,7 +78,7 @@ class EnvBuilder {
 
 }  // namespace
 
-uint32_t TokenEnv::word(uint64_t offset) const {
+uint32_t TokenEnv::partialWord(uint64_t offset) const {
   uint32_t value = 0;
   for (uint64_t i = 0; i < 4 && offset + i < size_; i++)
     value |= uint32_t{bytes_[offset + i]} << (8 * i);
@@ -84,13 +86,9 @@ uint32_t TokenEnv::word(uint64_t offset) const {
 }
 
 void TokenEnv::setWord(uint64_t offset, uint32_t value) {
-  for (uint64_t i = 0; i < 4 && offset + i < size_; i++)
+  if (offset + 4 <= size_) return tokenStoreWord(bytes_ + offset, value);
+  for (uint64_t i = 0; offset + i < size_; i++)
     bytes_[offset + i] = static_cast<unsigned char>(value >> (8 * i));
-}
-
-uint32_t TokenEnv::entries() const {
-  uint32_t slots = size_ < TOKEN_ENV_HEADER ? 0 : (size_ - TOKEN_ENV_HEADER) / TOKEN_ENTRY_SIZE;
-  return std::min({count(), capacity(), slots});
 }
 
 uint32_t TokenEnv::savedLength() const {
@@ -123,7 +121,8 @@ ChosenEnv tokenEnvFor(VMEngine* vm, int n, bool writable) {
 unsigned char* tokenEnvBuild(VMEngine* vm, CtText text, CtText separators, uint32_t skip,
                              uint32_t* size) {
   EnvBuilder builder(vm);
-  TokenScan scan(text, separators, skip);
+  const CtCharSet separatorSet(separators.bytes, separators.length);
+  TokenScan scan(text, separatorSet, skip);
   for (;;) {
     TokenStep token = scan.step();
     if (scan.nothingLeft(token)) break;

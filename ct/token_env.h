@@ -10,13 +10,28 @@
 //   20 + 8 i   end(i)    offset just past its last character
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "ct/params.h"
 
 inline constexpr uint32_t TOKEN_ENV_HEADER = 16;
 inline constexpr uint32_t TOKEN_ENTRY_SIZE = 8;
 inline constexpr uint32_t TOKEN_ENV_GROWTH = 100;
+
+// The little-endian words of the block, whatever the processor's byte order.
+inline uint32_t tokenLoadWord(const unsigned char* at) {
+  uint32_t value;
+  std::memcpy(&value, at, sizeof value);
+  if constexpr (std::endian::native == std::endian::big) value = __builtin_bswap32(value);
+  return value;
+}
+
+inline void tokenStoreWord(unsigned char* at, uint32_t value) {
+  if constexpr (std::endian::native == std::endian::big) value = __builtin_bswap32(value);
+  std::memcpy(at, &value, sizeof value);
+}
 
 // A view of an environment block of `size` bytes. Whatever a program did to a
 // saved environment, nothing is read or written outside the block: bytes the
@@ -31,7 +46,11 @@ class TokenEnv {
   void setCurrent(uint32_t value) { setWord(8, value); }
   // The entries that are really there: below count and capacity, and whole
   // inside the block.
-  uint32_t entries() const;
+  uint32_t entries() const {
+    uint32_t slots = size_ < TOKEN_ENV_HEADER ? 0 : (size_ - TOKEN_ENV_HEADER) / TOKEN_ENTRY_SIZE;
+    uint32_t present = count() < slots ? count() : slots;
+    return present < capacity() ? present : capacity();
+  }
   uint32_t start(uint32_t index) const { return word(entryOffset(index)); }
   uint32_t end(uint32_t index) const { return word(entryOffset(index) + 4); }
   // The string form: 16 + 8 * capacity bytes, never more than the block holds.
@@ -43,7 +62,11 @@ class TokenEnv {
   static uint64_t entryOffset(uint32_t index) {
     return TOKEN_ENV_HEADER + uint64_t{TOKEN_ENTRY_SIZE} * index;
   }
-  uint32_t word(uint64_t offset) const;
+  uint32_t word(uint64_t offset) const {
+    if (offset + 4 > size_) return partialWord(offset);
+    return tokenLoadWord(bytes_ + offset);
+  }
+  uint32_t partialWord(uint64_t offset) const;
   void setWord(uint64_t offset, uint32_t value);
 
   unsigned char* bytes_;

@@ -15,19 +15,3 @@ CtText tokenSeparators(VMEngine* vm, int n) {
   if (separators && itemStrLen(separators) > 0) return ctTextOf(separators);
   return {DEFAULT_SEPARATORS, sizeof DEFAULT_SEPARATORS - 1};
 }
-
-TokenScan::TokenScan(CtText text, CtText separators, uint32_t skip, SeparatorTrail* trail)
-    : text_(text),
-      separators_(text.bytes, text.length, separators.bytes, separators.length),
-      skip_(skip),
-      trail_(trail) {}
-
-TokenStep TokenScan::step() {
-  for (uint32_t searches = 1;; searches++) {
-    uint32_t start = next_;
-    const char* separator = separators_.next();
-    if (trail_) trail_->record(separator);
-    next_ = separator ? offset(separator) + 1 : text_.length;
-    if (!separator || offset(separator) != start || searches >= skip_) return {start, separator};
-  }
-}

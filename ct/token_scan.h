@@ -29,12 +29,22 @@ class TokenScan {
  public:
   // `skip` is the number of searches a token may take (CT_ALL: no limit);
   // every search is recorded in the trail when there is one.
-  TokenScan(CtText text, CtText separators, uint32_t skip, SeparatorTrail* trail = nullptr);
+  TokenScan(CtText text, const CtCharSet& separators, uint32_t skip,
+            SeparatorTrail* trail = nullptr)
+      : text_(text), separators_(text.bytes, text.length, separators), skip_(skip), trail_(trail) {}
 
   // The next token. It starts one character behind the previous separator;
   // while the separator found lies right there (an empty token) and fewer
   // than `skip` searches have run for it, the search goes on behind it.
-  TokenStep step();
+  TokenStep step() {
+    for (uint32_t searches = 1;; searches++) {
+      uint32_t start = next_;
+      const char* separator = separators_.next();
+      if (trail_) trail_->record(separator);
+      next_ = separator ? offset(separator) + 1 : text_.length;
+      if (!separator || offset(separator) != start || searches >= skip_) return {start, separator};
+    }
+  }
   // Offset just past the token: its separator, or the end of the text.
   uint32_t end(const TokenStep& token) const {
     return token.separator ? offset(token.separator) : text_.length;

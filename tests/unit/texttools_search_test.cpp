@@ -8,6 +8,7 @@
 #include "ct/replace.h"
 #include "ct/result.h"
 #include "ct/search.h"
+#include "ct/token_scan.h"
 #include "vm_fixture.h"
 
 namespace {
@@ -136,7 +137,8 @@ TEST(CharSetScanner, FindsWhatRepeatedSetSearchesFind) {
     for (char& byte : set)
       byte = static_cast<char>(random() % 256);
     auto length = static_cast<uint32_t>(text.size());
-    CtCharSetScanner scanner(text.data(), length, set.data(), static_cast<uint32_t>(set.size()));
+    const CtCharSet prepared(set.data(), static_cast<uint32_t>(set.size()));
+    CtCharSetScanner scanner(text.data(), length, prepared);
     const char* from = text.data();
     for (;;) {
       const char* expected = ctAtCharSet(from, static_cast<uint32_t>(text.data() + length - from),
@@ -147,6 +149,32 @@ TEST(CharSetScanner, FindsWhatRepeatedSetSearchesFind) {
       from = found + 1;
     }
     EXPECT_EQ(scanner.next(), nullptr);
+  }
+}
+
+// Tokens as the scan counts them without limits: it stops where only
+// separators remain or after a token that no separator ended.
+uint32_t scannedTokens(const std::string& text, const CtCharSet& set) {
+  TokenScan scan({text.data(), static_cast<uint32_t>(text.size())}, set, CT_ALL);
+  uint32_t count = 0;
+  for (;;) {
+    TokenStep token = scan.step();
+    if (scan.nothingLeft(token)) break;
+    count++;
+    if (!token.separator) break;
+  }
+  return count;
+}
+
+TEST(CharSetScanner, CountsTheTokensOfAnUnlimitedScanByRuns) {
+  std::mt19937 random(31337);
+  const std::string alphabet = std::string("ab ,\xE9", 5) + std::string(1, '\0');
+  for (int round = 0; round < 5000; round++) {
+    std::string text = randomBytes(random, random() % 200, alphabet);
+    std::string set = randomBytes(random, 1 + random() % 3, alphabet);
+    const CtCharSet prepared(set.data(), static_cast<uint32_t>(set.size()));
+    ASSERT_EQ(prepared.runsOutside(text.data(), static_cast<uint32_t>(text.size())),
+              scannedTokens(text, prepared));
   }
 }
 
