@@ -54,7 +54,6 @@ class TokenScan {
   bool separatorEndsText(const TokenStep& token) const {
     return token.separator && offset(token.separator) + 1 == text_.length;
   }
-  const char* text() const { return text_.bytes; }
 
  private:
   uint32_t offset(const char* at) const { return static_cast<uint32_t>(at - text_.bytes); }
