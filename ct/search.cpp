@@ -1,48 +1,142 @@
-// Plain byte-loop searches without preprocessing; the C library's memchr,
-// memrchr and memcmp find candidate positions.
+// Plain byte-loop searches without preprocessing. Two bytes of the pattern
+// (its first and last, or in wildcard mode the outermost ones that are no
+// wildcard) are compared for sixteen start positions at once, and the whole
+// pattern only where both agree; the positions tried and their order are
+// those of the byte loop.
 #include "search.h"
 
 #include <cstring>
 
-#include "kovo/host_text.h"
-
 namespace {
+
+using Bytes16 = unsigned char __attribute__((vector_size(16)));
+using Lanes16 = uint64_t __attribute__((vector_size(16)));
+constexpr uint32_t BLOCK = 16;
 
 bool fits(uint32_t length, uint32_t patternLength) {
   return patternLength != 0 && patternLength <= length;
 }
 
-// Whether the pattern matches at `at`: a wildcard in the pattern matches any
-// character; a wildcard in the text is an ordinary one.
-bool likeAt(const char* at, const char* pattern, uint32_t patternLength, char wildcard) {
-  for (uint32_t i = 0; i < patternLength; i++) {
-    if (pattern[i] != wildcard && pattern[i] != at[i]) return false;
+// The pattern as the scans see it. In wildcard mode a pattern byte equal to
+// the wildcard matches any text byte; a wildcard in the text is an ordinary
+// character.
+struct Needle {
+  const char* pattern;
+  uint32_t length;
+  bool like;
+  char wildcard;
+  uint32_t firstAnchor;  // offsets of the two bytes compared first
+  uint32_t lastAnchor;
+};
+
+Needle exactNeedle(const char* pattern, uint32_t patternLength) {
+  return {pattern, patternLength, false, 0, 0, patternLength - 1};
+}
+
+// Null when the pattern is wildcards only, so that it matches everywhere.
+bool likeNeedle(const char* pattern, uint32_t patternLength, char wildcard, Needle* needle) {
+  uint32_t first = 0;
+  while (first < patternLength && pattern[first] == wildcard)
+    first++;
+  if (first == patternLength) return false;
+  uint32_t last = patternLength - 1;
+  while (pattern[last] == wildcard)
+    last--;
+  *needle = {pattern, patternLength, true, wildcard, first, last};
+  return true;
+}
+
+bool wholeMatch(const char* at, const Needle& needle) {
+  if (!needle.like) return std::memcmp(at, needle.pattern, needle.length) == 0;
+  for (uint32_t i = 0; i < needle.length; i++) {
+    if (needle.pattern[i] != needle.wildcard && needle.pattern[i] != at[i]) return false;
   }
   return true;
 }
 
-// Start positions [first, last] are tried from the last down.
-const char* lastLike(const char* text, uint32_t last, const char* pattern, uint32_t patternLength,
-                     char wildcard) {
-  const char* position = text + last;
-  if (pattern[0] == wildcard) {
-    for (;; position--) {
-      if (likeAt(position, pattern, patternLength, wildcard)) return position;
-      if (position == text) return nullptr;
+bool anchorsAt(const char* at, const Needle& needle) {
+  return at[needle.firstAnchor] == needle.pattern[needle.firstAnchor] &&
+         at[needle.lastAnchor] == needle.pattern[needle.lastAnchor];
+}
+
+Bytes16 load16(const char* at) {
+  Bytes16 bytes;
+  std::memcpy(&bytes, at, sizeof bytes);
+  return bytes;
+}
+
+Bytes16 splat(char byte) {
+  return Bytes16{} + static_cast<unsigned char>(byte);
+}
+
+// One bit per byte of the lane that is all ones, byte k giving bit k.
+uint32_t laneBits(uint64_t lane) {
+  return static_cast<uint32_t>(((lane & 0x8080808080808080ull) * 0x0002040810204081ull) >> 56);
+}
+
+// Compares the two anchor bytes for the sixteen start positions of a block.
+class AnchorFilter {
+ public:
+  explicit AnchorFilter(const Needle& needle)
+      : firstAnchor_(needle.firstAnchor),
+        lastAnchor_(needle.lastAnchor),
+        first_(splat(needle.pattern[needle.firstAnchor])),
+        last_(splat(needle.pattern[needle.lastAnchor])) {}
+
+  // Bit k is set when start position k of the block has both anchor bytes.
+  uint32_t candidates(const char* block) const {
+    auto hit = (load16(block + firstAnchor_) == first_) & (load16(block + lastAnchor_) == last_);
+    auto lanes = reinterpret_cast<Lanes16>(hit);
+    if ((lanes[0] | lanes[1]) == 0) return 0;
+    return laneBits(lanes[0]) | laneBits(lanes[1]) << 8;
+  }
+
+ private:
+  uint32_t firstAnchor_;
+  uint32_t lastAnchor_;
+  Bytes16 first_;
+  Bytes16 last_;
+};
+
+// The first match among the start positions [0, positions).
+const char* firstMatch(const char* text, uint32_t positions, const Needle& needle) {
+  const AnchorFilter filter(needle);
+  uint32_t position = 0;
+  for (; positions - position >= BLOCK; position += BLOCK) {
+    for (uint32_t bits = filter.candidates(text + position); bits != 0; bits &= bits - 1) {
+      const char* at = text + position + __builtin_ctz(bits);
+      if (wholeMatch(at, needle)) return at;
     }
   }
-  size_t span = size_t{last} + 1;
-  while (span > 0) {
-    auto* candidate = static_cast<const char*>(memrchr(text, pattern[0], span));
-    if (!candidate) return nullptr;
-    if (likeAt(candidate, pattern, patternLength, wildcard)) return candidate;
-    span = static_cast<size_t>(candidate - text);
+  for (; position < positions; position++) {
+    const char* at = text + position;
+    if (anchorsAt(at, needle) && wholeMatch(at, needle)) return at;
   }
   return nullptr;
 }
 
-void setMatch(uint32_t* matchLength, uint32_t patternLength) {
-  if (matchLength) *matchLength = patternLength;
+// The last match among the start positions [0, positions).
+const char* lastMatch(const char* text, uint32_t positions, const Needle& needle) {
+  const AnchorFilter filter(needle);
+  uint32_t remaining = positions;
+  for (; remaining >= BLOCK; remaining -= BLOCK) {
+    const char* block = text + remaining - BLOCK;
+    for (uint32_t bits = filter.candidates(block); bits != 0;) {
+      int top = 31 - __builtin_clz(bits);
+      if (wholeMatch(block + top, needle)) return block + top;
+      bits &= ~(1u << top);
+    }
+  }
+  while (remaining > 0) {
+    const char* at = text + --remaining;
+    if (anchorsAt(at, needle) && wholeMatch(at, needle)) return at;
+  }
+  return nullptr;
+}
+
+const char* reportMatch(const char* match, uint32_t patternLength, uint32_t* matchLength) {
+  if (match && matchLength) *matchLength = patternLength;
+  return match;
 }
 
 }  // namespace
@@ -50,51 +144,40 @@ void setMatch(uint32_t* matchLength, uint32_t patternLength) {
 const char* ctAtForward(const char* text, uint32_t length, const char* pattern,
                         uint32_t patternLength, uint32_t* matchLength) {
   if (!fits(length, patternLength)) return nullptr;
-  uint32_t position = hb_strAt(pattern, patternLength, text, length);
-  if (position == 0) return nullptr;
-  setMatch(matchLength, patternLength);
-  return text + position - 1;
+  return reportMatch(
+      firstMatch(text, length - patternLength + 1, exactNeedle(pattern, patternLength)),
+      patternLength, matchLength);
 }
 
 const char* ctAtBackward(const char* text, uint32_t length, const char* pattern,
                          uint32_t patternLength, uint32_t* matchLength) {
   if (!fits(length, patternLength)) return nullptr;
-  const char* match = nullptr;
-  size_t span = size_t{length} - patternLength + 1;
-  while (span > 0 && !match) {
-    auto* candidate = static_cast<const char*>(memrchr(text, pattern[0], span));
-    if (!candidate) break;
-    if (std::memcmp(candidate, pattern, patternLength) == 0) match = candidate;
-    span = static_cast<size_t>(candidate - text);
-  }
-  if (match) setMatch(matchLength, patternLength);
-  return match;
+  return reportMatch(
+      lastMatch(text, length - patternLength + 1, exactNeedle(pattern, patternLength)),
+      patternLength, matchLength);
 }
 
 const char* ctAtLikeForward(const char* text, uint32_t length, const char* pattern,
                             uint32_t patternLength, char wildcard, uint32_t* matchLength) {
   if (!fits(length, patternLength)) return nullptr;
-  const char* end = text + (length - patternLength);  // this last position is not tried
-  for (const char* position = text; position < end; position++) {
-    if (pattern[0] != wildcard) {
-      position = static_cast<const char*>(
-          std::memchr(position, pattern[0], static_cast<size_t>(end - position)));
-      if (!position) return nullptr;
-    }
-    if (likeAt(position, pattern, patternLength, wildcard)) {
-      setMatch(matchLength, patternLength);
-      return position;
-    }
-  }
-  return nullptr;
+  uint32_t positions = length - patternLength;  // the last fitting position is not tried
+  if (positions == 0) return nullptr;
+  Needle needle;
+  const char* match = likeNeedle(pattern, patternLength, wildcard, &needle)
+                          ? firstMatch(text, positions, needle)
+                          : text;
+  return reportMatch(match, patternLength, matchLength);
 }
 
 const char* ctAtLikeBackward(const char* text, uint32_t length, const char* pattern,
                              uint32_t patternLength, char wildcard, uint32_t* matchLength) {
   if (!fits(length, patternLength)) return nullptr;
-  const char* match = lastLike(text, length - patternLength, pattern, patternLength, wildcard);
-  if (match) setMatch(matchLength, patternLength);
-  return match;
+  uint32_t positions = length - patternLength + 1;
+  Needle needle;
+  const char* match = likeNeedle(pattern, patternLength, wildcard, &needle)
+                          ? lastMatch(text, positions, needle)
+                          : text + positions - 1;
+  return reportMatch(match, patternLength, matchLength);
 }
 
 const char* ctAtCharSet(const char* text, uint32_t length, const char* set, uint32_t setLength,
@@ -154,4 +237,10 @@ const char* ctSearchNth(VMEngine* vm, const char* text, uint32_t length, const c
   if (!match) return nullptr;
   if (matchLength) *matchLength = size;
   return match;
+}
+
+const char* ctSearchNthOrLast(VMEngine* vm, const char* text, uint32_t length, const char* pattern,
+                              uint32_t patternLength, uint32_t n, uint32_t* matchLength) {
+  if (n == 0) return ctSearchBackward(vm, text, length, pattern, patternLength, matchLength);
+  return ctSearchNth(vm, text, length, pattern, patternLength, n, matchLength, nullptr);
 }

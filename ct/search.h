@@ -40,3 +40,7 @@ const char* ctSearchBackward(VMEngine* vm, const char* text, uint32_t length, co
 // null; *found receives the number of matches seen.
 const char* ctSearchNth(VMEngine* vm, const char* text, uint32_t length, const char* pattern,
                         uint32_t patternLength, uint32_t n, uint32_t* matchLength, uint32_t* found);
+
+// The n-th match forward as ctSearchNth finds it, or the last match when n is 0.
+const char* ctSearchNthOrLast(VMEngine* vm, const char* text, uint32_t length, const char* pattern,
+                              uint32_t patternLength, uint32_t n, uint32_t* matchLength);
