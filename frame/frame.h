@@ -73,8 +73,17 @@ uint32_t paramGetCLen(VMEngine* vm, int n);
 const char* paramGetDS(VMEngine* vm, int n);
 // Parameter n's item when its type shares a bit with the mask. 0xFFFF: any
 // item; HB_IT_BYREF: the referred item of a reference parameter only;
-// HB_IT_NUMCOMPAT: a numeric-compatible item.
-Item* paramItem(VMEngine* vm, int n, HB_TYPE mask);
+// HB_IT_NUMCOMPAT: a numeric-compatible item. Inline: nearly every function
+// asks it for its parameters.
+inline Item* paramItem(VMEngine* vm, int n, HB_TYPE mask) {
+  Item* slot = paramSlot(vm, n);
+  if (!slot) return nullptr;
+  if (mask == HB_IT_BYREF) return (slot->type & HB_IT_BYREF) ? itemUnRef(vm, slot) : nullptr;
+  Item* item = resolveItem(vm, slot);
+  if (mask == HB_IT_ANY) return item;
+  if (mask == HB_IT_NUMCOMPAT) return itemIsNumCompat(item) ? item : nullptr;
+  return (item->type & mask) ? item : nullptr;
+}
 // Parameter n's item, or the context's spare nil item when there is none.
 Item* paramError(VMEngine* vm, int n);
 

@@ -93,16 +93,6 @@ const char* paramGetDS(VMEngine* vm, int n) {
   return dateDecStr(vm->stack.szDate, item->item.asDate.value);
 }
 
-Item* paramItem(VMEngine* vm, int n, HB_TYPE mask) {
-  Item* slot = paramSlot(vm, n);
-  if (!slot) return nullptr;
-  if (mask == HB_IT_BYREF) return (slot->type & HB_IT_BYREF) ? itemUnRef(vm, slot) : nullptr;
-  Item* item = resolveItem(vm, slot);
-  if (mask == HB_IT_ANY) return item;
-  if (mask == HB_IT_NUMCOMPAT) return itemIsNumCompat(item) ? item : nullptr;
-  return (item->type & mask) ? item : nullptr;
-}
-
 Item* paramError(VMEngine* vm, int n) {
   Item* item = paramItem(vm, n, HB_IT_ANY);
   if (item) return item;

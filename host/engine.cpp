@@ -117,6 +117,7 @@ size_t vmDestroy(VMEngine* vm) {
   releaseSettings(vm);
   releaseStack(vm);
   size_t leaked = vm->heap->liveBlocks;
+  heapReleaseKept(vm->heap);
   delete vm->internals;
   delete vm->heap;
   ::operator delete(vm);

@@ -6,17 +6,78 @@
 #include "kovo/host_errors.h"
 #include "kovo/host_items.h"
 
-void* heapAllocRaw(Heap* heap, size_t size) {
-  if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
-  auto* header = static_cast<BlockHeader*>(std::calloc(1, sizeof(BlockHeader) + size));
-  if (!header) return nullptr;
+namespace {
+
+// The size class of a small block (1 to SIZE_CLASS_COUNT), or 0 for a large one.
+size_t sizeClassOf(size_t size) {
+  size_t sizeClass = size == 0 ? 1 : (size + SIZE_CLASS_STEP - 1) / SIZE_CLASS_STEP;
+  return sizeClass <= SIZE_CLASS_COUNT ? sizeClass : 0;
+}
+
+void* startBlock(BlockHeader* header, Heap* heap, size_t size, size_t sizeClass) {
   header->heap = heap;
   header->size = size;
   header->refCount = 1;
   header->magic = BLOCK_MAGIC;
+  header->sizeClass = static_cast<uint16_t>(sizeClass);
   heap->liveBlocks++;
   heap->liveBytes += size;
   return header + 1;
+}
+
+[[gnu::noinline]] void* allocateNew(Heap* heap, size_t size, size_t sizeClass) {
+  if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
+  size_t capacity = sizeClass ? sizeClass * SIZE_CLASS_STEP : size;
+  auto* header = static_cast<BlockHeader*>(std::calloc(1, sizeof(BlockHeader) + capacity));
+  return header ? startBlock(header, heap, size, sizeClass) : nullptr;
+}
+
+// A block of `size` bytes: a kept one of its class when there is one (zeroed
+// unless `zero` is false), else a new, zero-filled one.
+void* allocate(Heap* heap, size_t size, bool zero) {
+  size_t sizeClass = sizeClassOf(size);
+  BlockHeader* header = sizeClass ? heap->kept[sizeClass] : nullptr;
+  if (!header) return allocateNew(heap, size, sizeClass);
+  heap->kept[sizeClass] = *reinterpret_cast<BlockHeader**>(header + 1);
+  heap->keptCount[sizeClass]--;
+  if (zero) std::memset(header + 1, 0, size);
+  return startBlock(header, heap, size, sizeClass);
+}
+
+void heapFree(void* block) {
+  BlockHeader* header = blockHeader(block);
+  Heap* heap = header->heap;
+  heap->liveBlocks--;
+  heap->liveBytes -= header->size;
+  header->magic = 0;
+  size_t sizeClass = header->sizeClass;
+  if (sizeClass != 0 && heap->keptCount[sizeClass] < KEPT_PER_CLASS) {
+    *reinterpret_cast<BlockHeader**>(header + 1) = heap->kept[sizeClass];
+    heap->kept[sizeClass] = header;
+    heap->keptCount[sizeClass]++;
+    return;
+  }
+  std::free(header);
+}
+
+}  // namespace
+
+void* heapAllocRaw(Heap* heap, size_t size) {
+  return allocate(heap, size, true);
+}
+
+void* heapAllocFilled(Heap* heap, size_t size) {
+  return allocate(heap, size, false);
+}
+
+void heapReleaseKept(Heap* heap) {
+  for (size_t sizeClass = 1; sizeClass <= SIZE_CLASS_COUNT; sizeClass++) {
+    while (BlockHeader* header = heap->kept[sizeClass]) {
+      heap->kept[sizeClass] = *reinterpret_cast<BlockHeader**>(header + 1);
+      std::free(header);
+    }
+    heap->keptCount[sizeClass] = 0;
+  }
 }
 
 void* vmTryAlloc(VMEngine* vm, size_t size) {
@@ -39,6 +100,8 @@ void* vmTryRealloc(VMEngine* vm, void* block, size_t size) {
   if (size > oldSize) std::memset(reinterpret_cast<char*>(grown + 1) + oldSize, 0, size - oldSize);
   grown->heap->liveBytes += size - oldSize;
   grown->size = size;
+  // The block's capacity is no longer its class's: it is freed, not kept.
+  grown->sizeClass = 0;
   return grown + 1;
 }
 
@@ -46,14 +109,6 @@ void* vmRealloc(VMEngine* vm, void* block, size_t size) {
   void* grown = vmTryRealloc(vm, block, size);
   if (!grown) err_Internal(vm, 9009, "Memory low", nullptr);
   return grown;
-}
-
-static void heapFree(void* block) {
-  BlockHeader* header = blockHeader(block);
-  header->heap->liveBlocks--;
-  header->heap->liveBytes -= header->size;
-  header->magic = 0;
-  std::free(header);
 }
 
 void vmFree(VMEngine*, void* block) {
