@@ -7,11 +7,12 @@
 
 #include <cstring>
 
+#include "kovo/byte_vector.h"
+#include "kovo/host_text.h"
+
 namespace {
 
-using Bytes16 = unsigned char __attribute__((vector_size(16)));
-using Lanes16 = uint64_t __attribute__((vector_size(16)));
-constexpr uint32_t BLOCK = 16;
+constexpr uint32_t BLOCK = BYTE_VECTOR_SIZE;
 
 bool fits(uint32_t length, uint32_t patternLength) {
   return patternLength != 0 && patternLength <= length;
@@ -59,43 +60,26 @@ bool anchorsAt(const char* at, const Needle& needle) {
          at[needle.lastAnchor] == needle.pattern[needle.lastAnchor];
 }
 
-Bytes16 load16(const char* at) {
-  Bytes16 bytes;
-  std::memcpy(&bytes, at, sizeof bytes);
-  return bytes;
-}
-
-Bytes16 splat(char byte) {
-  return Bytes16{} + static_cast<unsigned char>(byte);
-}
-
-// One bit per byte of the lane that is all ones, byte k giving bit k.
-uint32_t laneBits(uint64_t lane) {
-  return static_cast<uint32_t>(((lane & 0x8080808080808080ull) * 0x0002040810204081ull) >> 56);
-}
-
 // Compares the two anchor bytes for the sixteen start positions of a block.
 class AnchorFilter {
  public:
   explicit AnchorFilter(const Needle& needle)
       : firstAnchor_(needle.firstAnchor),
         lastAnchor_(needle.lastAnchor),
-        first_(splat(needle.pattern[needle.firstAnchor])),
-        last_(splat(needle.pattern[needle.lastAnchor])) {}
+        first_(repeatByte(static_cast<unsigned char>(needle.pattern[needle.firstAnchor]))),
+        last_(repeatByte(static_cast<unsigned char>(needle.pattern[needle.lastAnchor]))) {}
 
   // Bit k is set when start position k of the block has both anchor bytes.
   uint32_t candidates(const char* block) const {
-    auto hit = (load16(block + firstAnchor_) == first_) & (load16(block + lastAnchor_) == last_);
-    auto lanes = reinterpret_cast<Lanes16>(hit);
-    if ((lanes[0] | lanes[1]) == 0) return 0;
-    return laneBits(lanes[0]) | laneBits(lanes[1]) << 8;
+    return laneMask(reinterpret_cast<ByteVector>((loadBytes(block + firstAnchor_) == first_) &
+                                                 (loadBytes(block + lastAnchor_) == last_)));
   }
 
  private:
   uint32_t firstAnchor_;
   uint32_t lastAnchor_;
-  Bytes16 first_;
-  Bytes16 last_;
+  ByteVector first_;
+  ByteVector last_;
 };
 
 // The first match among the start positions [0, positions).
@@ -141,12 +125,12 @@ const char* reportMatch(const char* match, uint32_t patternLength, uint32_t* mat
 
 }  // namespace
 
+// The host's substring search, which stays linear on any text.
 const char* ctAtForward(const char* text, uint32_t length, const char* pattern,
                         uint32_t patternLength, uint32_t* matchLength) {
   if (!fits(length, patternLength)) return nullptr;
-  return reportMatch(
-      firstMatch(text, length - patternLength + 1, exactNeedle(pattern, patternLength)),
-      patternLength, matchLength);
+  uint32_t position = hb_strAt(pattern, patternLength, text, length);
+  return reportMatch(position ? text + position - 1 : nullptr, patternLength, matchLength);
 }
 
 const char* ctAtBackward(const char* text, uint32_t length, const char* pattern,
@@ -193,28 +177,36 @@ const char* ctAtCharSet(const char* text, uint32_t length, const char* set, uint
   return nullptr;
 }
 
-const char* ctSearchForward(VMEngine* vm, const char* text, uint32_t length, const char* pattern,
-                            uint32_t patternLength, uint32_t* matchLength) {
+namespace {
+
+using ExactSearch = const char* (*)(const char*, uint32_t, const char*, uint32_t, uint32_t*);
+using LikeSearch = const char* (*)(const char*, uint32_t, const char*, uint32_t, char, uint32_t*);
+
+const char* searchBySettings(VMEngine* vm, ExactSearch exact, LikeSearch like, const char* text,
+                             uint32_t length, const char* pattern, uint32_t patternLength,
+                             uint32_t* matchLength) {
   switch (vm->ct.atLikeMode) {
     case 0:
-      return ctAtForward(text, length, pattern, patternLength, matchLength);
+      return exact(text, length, pattern, patternLength, matchLength);
     case 1:
-      return ctAtLikeForward(text, length, pattern, patternLength, vm->ct.atLikeChar, matchLength);
+      return like(text, length, pattern, patternLength, vm->ct.atLikeChar, matchLength);
     default:
       return nullptr;
   }
 }
 
+}  // namespace
+
+const char* ctSearchForward(VMEngine* vm, const char* text, uint32_t length, const char* pattern,
+                            uint32_t patternLength, uint32_t* matchLength) {
+  return searchBySettings(vm, ctAtForward, ctAtLikeForward, text, length, pattern, patternLength,
+                          matchLength);
+}
+
 const char* ctSearchBackward(VMEngine* vm, const char* text, uint32_t length, const char* pattern,
                              uint32_t patternLength, uint32_t* matchLength) {
-  switch (vm->ct.atLikeMode) {
-    case 0:
-      return ctAtBackward(text, length, pattern, patternLength, matchLength);
-    case 1:
-      return ctAtLikeBackward(text, length, pattern, patternLength, vm->ct.atLikeChar, matchLength);
-    default:
-      return nullptr;
-  }
+  return searchBySettings(vm, ctAtBackward, ctAtLikeBackward, text, length, pattern, patternLength,
+                          matchLength);
 }
 
 const char* ctSearchNth(VMEngine* vm, const char* text, uint32_t length, const char* pattern,

@@ -1,8 +1,8 @@
 // Code pages (CP1251, the default, and CP866) and their case mapping.
 #include <cstring>
 
-#include "byte_vector.h"
 #include "internals.h"
+#include "kovo/byte_vector.h"
 #include "kovo/host_text.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Trimming, searching, wildcard matching and number reading on byte strings.
 #include <cstring>
 
-#include "byte_vector.h"
+#include "kovo/byte_vector.h"
 #include "kovo/host_text.h"
 
 namespace {
@@ -30,17 +30,14 @@ const char* findPattern(const char* text, size_t length, const char* pattern,
   size_t compared = 0;
   size_t start = 0;
   for (; start + patternLength - 1 + BYTE_VECTOR_SIZE <= length; start += BYTE_VECTOR_SIZE) {
-    auto candidates = reinterpret_cast<ByteVector>(
-        (loadBytes(text + start) == first) & (loadBytes(text + start + patternLength - 1) == last));
-    const char* match = nullptr;
-    anyLaneWhere(candidates, [&](size_t lane) {
+    uint32_t candidates = laneMask(
+        reinterpret_cast<ByteVector>((loadBytes(text + start) == first) &
+                                     (loadBytes(text + start + patternLength - 1) == last)));
+    for (; candidates != 0; candidates &= candidates - 1) {
       compared += patternLength;
-      const char* at = text + start + lane;
-      if (std::memcmp(at + 1, pattern + 1, patternLength - 2) != 0) return false;
-      match = at;
-      return true;
-    });
-    if (match) return match;
+      const char* at = text + start + __builtin_ctz(candidates);
+      if (std::memcmp(at + 1, pattern + 1, patternLength - 2) == 0) return at;
+    }
     if (compared > 2 * start + 4096) break;
   }
   return static_cast<const char*>(memmem(text + start, length - start, pattern, patternLength));

@@ -1,8 +1,10 @@
 // Sixteen bytes handled at once: the compiler turns these operations into the
 // machine's vector instructions (SSE2 on x86-64). Whole-string loops of the
-// host use them where a byte-at-a-time loop would be the bottleneck.
+// host and the library use them where a byte-at-a-time loop would be the
+// bottleneck.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -24,24 +26,20 @@ inline ByteVector repeatByte(unsigned char byte) {
   return ByteVector{} + byte;
 }
 
+// Whether any lane of a comparison's result is set.
 inline bool anyLane(ByteVector lanes) {
   uint64_t halves[2];
   std::memcpy(halves, &lanes, sizeof halves);
   return (halves[0] | halves[1]) != 0;
 }
 
-// Calls visit(i) for every byte i (0 to 15, in order) of `lanes` that is not
-// zero, until visit returns true; returns whether one did.
-template <typename Visit>
-bool anyLaneWhere(ByteVector lanes, Visit visit) {
+// One bit per lane of a comparison's result (lanes are all ones or all
+// zeros): bit k for lane k.
+inline uint32_t laneMask(ByteVector lanes) {
   uint64_t halves[2];
   std::memcpy(halves, &lanes, sizeof halves);
-  for (size_t half = 0; half < 2; half++) {
-    for (uint64_t bits = halves[half]; bits != 0;) {
-      size_t byte = static_cast<size_t>(__builtin_ctzll(bits)) / 8;
-      if (visit(half * 8 + byte)) return true;
-      bits &= ~(uint64_t{0xFF} << (8 * byte));
-    }
-  }
-  return false;
+  auto gather = [](uint64_t half) {
+    return static_cast<uint32_t>(((half & 0x8080808080808080ull) * 0x0002040810204081ull) >> 56);
+  };
+  return gather(halves[0]) | gather(halves[1]) << 8;
 }
