@@ -1,16 +1,46 @@
 * A tour of the function library. Run it with: build/kovo tour/tour.prg
+* Every line below calls the library the way a running xBase program does.
 
-// What kind of value is it?
-? "VALTYPE:", VALTYPE({1, 2}), VALTYPE("text"), VALTYPE(0d20240131), VALTYPE({|| NIL})
-? "HB_ISNULL:", HB_ISNULL(""), HB_ISNULL({1}), HB_ISNULL({=>})
-? "TYPE:", TYPE("1 + 2"), TYPE("undefinedVariable"), TYPE("1 +")
+? "== Strings"
+name := "  Ada Lovelace  "
+? ALLTRIM(name), LEN(name), UPPER(name)
+? LEFT("Analytical", 4), RIGHT("Engine", 3), SUBSTR("difference", 4, 3)
+? PADL("42", 6, "0"), PADC("menu", 10, "*"), PADR("id", 5) + "|"
+? STRTRAN("a-b-c", "-", " + "), STUFF("kovo", 1, 1, "K"), REPLICATE("=-", 5)
+? "Soundex of Robert and Rupert:", SOUNDEX("Robert"), SOUNDEX("Rupert")
+? "Letters of the code page (CP1251):", ISALPHA(e"\xC4"), UPPER(e"\xE4\xE0")
 
-// Errors are VM error objects; an error block can substitute a value.
+? "== Searching with the text tools"
+text := "one fish two fish red fish blue fish"
+? "2nd fish at", ATNUM("fish", text, 2), "the last one at", ATNUM("fish", text)
+? "after the 3rd:", AFTERATNUM("fish", text, 3)
+? ATREPL("fish", text, "cat", 2)
+SETATLIKE(1, "?")
+? "wildcard: ", ATNUM("f?sh", "dish fash fish")
+SETATLIKE(0)
+
+? "== Tokens"
+csv := "alpha,beta,,delta"
+? NUMTOKEN(csv, ","), NUMTOKEN(csv, ",", 1), TOKEN(csv, ",", 2)
+TOKENINIT(csv, ",")
+? TOKENNEXT(csv), TOKENNEXT(csv), TOKENNEXT(csv), TOKENEND()
+TOKENEXIT()
+
+? "== Bits and numbers"
+? NUMAND("FF00", 0x0FF0), NUMOR(1, 2, 4), NUMNOT(0), HB_BITSHIFT(1, 10)
+? HB_NUMTOHEX(48879), HB_HEXTONUM("BEEF"), HB_STRTOHEX("Hi")
+? FAHRENHEIT(100), CELSIUS(212), MANTISSA(12), EXPONENT(12)
+
+? "== What kind of value is it?"
+? VALTYPE({1, 2}), VALTYPE("text"), VALTYPE(0d20240131), VALTYPE({|| NIL})
+? HB_ISNULL(""), HB_ISNULL({1}), HB_ISNULL({=>}), TYPE("1 + 2"), TYPE("1 +")
+
+? "== Errors are objects; an error block decides"
 ? "Without a handler, a bad argument reports itself:"
-HB_ISNULL(0)
-ERRORBLOCK({|e| "(substituted for " + e:operation + ")"})
-? "With a handler:", HB_ISNULL(0)
+LEFT(5, 1)
+ERRORBLOCK({|e| "(" + e:operation + " substituted)"})
+? "With a handler:", LEFT(5, 1)
 ERRORBLOCK({|e| NIL})
 
-// The interpreter it runs on
-? "VERSION:", VERSION()
+? "== The interpreter"
+? VERSION()
