@@ -16,9 +16,8 @@ const char READER_UNHANDLED[] =
 constexpr uint64_t SMALLEST_ELEMENT = 4;
 
 bool isSignature(const PaddedBytes& stream) {
-  unsigned char head[XHBIN_SIGNATURE_LENGTH];
-  stream.copy(0, head, sizeof head);
-  return std::memcmp(head, XHBIN_SIGNATURE, XHBIN_SIGNATURE_LENGTH) == 0;
+  return stream.holds(0, XHBIN_SIGNATURE_LENGTH) &&
+         std::memcmp(stream.data, XHBIN_SIGNATURE, XHBIN_SIGNATURE_LENGTH) == 0;
 }
 
 // How far past its end a stream may be read: what the writer's short length
