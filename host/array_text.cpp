@@ -229,9 +229,17 @@ bool parseDouble(VMEngine* vm, const char* body, uint32_t length, Item* dst) {
   return true;
 }
 
+using PutNumber = Item* (*)(VMEngine* vm, Item* dst, int32_t value);
+
+bool parseNumber(VMEngine* vm, const char* body, const char* end, PutNumber put, Item* dst) {
+  int32_t number = 0;
+  if (!parseWhole(body, end, &number)) return false;
+  put(vm, dst, number);
+  return true;
+}
+
 bool parseScalar(VMEngine* vm, HB_TYPE type, const char* body, uint32_t length, Item* dst) {
   const char* end = body + length;
-  int32_t number = 0;
   uint32_t counter = 0;
   switch (type) {
     case HB_IT_NIL:
@@ -241,20 +249,14 @@ bool parseScalar(VMEngine* vm, HB_TYPE type, const char* body, uint32_t length, 
       itemPutL(vm, dst, body[0] == 'T');
       return true;
     case HB_IT_INTEGER:
-      if (!parseWhole(body, end, &number)) return false;
-      itemPutNI(vm, dst, number);
-      return true;
+      return parseNumber(vm, body, end, itemPutNI, dst);
     case HB_IT_LONG:
-      if (!parseWhole(body, end, &number)) return false;
-      itemPutNL(vm, dst, number);
-      return true;
+      return parseNumber(vm, body, end, itemPutNL, dst);
+    case HB_IT_DATE:
+      return parseNumber(vm, body, end, itemPutDL, dst);
     case HB_IT_COUNTER:
       if (!parseWhole(body, end, &counter)) return false;
       itemPutCounter(vm, dst, counter);
-      return true;
-    case HB_IT_DATE:
-      if (!parseWhole(body, end, &number)) return false;
-      itemPutDL(vm, dst, number);
       return true;
     case HB_IT_DOUBLE:
       return parseDouble(vm, body, length, dst);

@@ -100,31 +100,41 @@ class Decoder {
     return true;
   }
 
+  // The items whose payload is one 32-bit value.
+  void putValue(uint32_t tag, uint32_t value, Item* dst) {
+    auto number = static_cast<int32_t>(value);
+    switch (tag) {
+      case HB_IT_NIL:
+        itemPutNI(vm_, dst, 0);
+        break;
+      case HB_IT_INTEGER:
+        itemPutNI(vm_, dst, number);
+        break;
+      case HB_IT_DATE:
+        itemPutDL(vm_, dst, number);
+        break;
+      case HB_IT_LOGICAL:
+        itemPutL(vm_, dst, value != 0);
+        break;
+      default:  // long, and the 0x0040 type read as a long
+        itemPutNL(vm_, dst, number);
+        break;
+    }
+  }
+
   bool decodeOne(Item* dst) {
     uint32_t tag = 0;
     uint32_t value = 0;
     if (!read32(&tag)) return false;
     switch (tag) {
       case HB_IT_NIL:
-        if (!read32(&value)) return false;
-        itemPutNI(vm_, dst, 0);
-        return true;
       case HB_IT_INTEGER:
-        if (!read32(&value)) return false;
-        itemPutNI(vm_, dst, static_cast<int32_t>(value));
-        return true;
       case HB_IT_LONG:
       case HB_IT_COUNTER:
-        if (!read32(&value)) return false;
-        itemPutNL(vm_, dst, static_cast<int32_t>(value));
-        return true;
       case HB_IT_DATE:
-        if (!read32(&value)) return false;
-        itemPutDL(vm_, dst, static_cast<int32_t>(value));
-        return true;
       case HB_IT_LOGICAL:
         if (!read32(&value)) return false;
-        itemPutL(vm_, dst, value != 0);
+        putValue(tag, value, dst);
         return true;
       case HB_IT_DOUBLE: {
         double number = 0;

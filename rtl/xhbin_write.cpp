@@ -20,29 +20,13 @@ const char SIZE_UNHANDLED[] =
 constexpr uint64_t LOGICAL_COUNTED = 5;
 constexpr uint64_t LOGICAL_WRITTEN = 8;
 
-bool isEncodableScalar(HB_TYPE type) {
-  switch (type) {
-    case HB_IT_NIL:
-    case HB_IT_INTEGER:
-    case HB_IT_LONG:
-    case HB_IT_DOUBLE:
-    case HB_IT_DATE:
-    case HB_IT_COUNTER:
-    case HB_IT_LOGICAL:
-    case HB_IT_STRING:
-    case HB_IT_MEMO:
-      return true;
-    default:
-      return false;
-  }
-}
-
 // Walks a value depth-first with a stack of its own, so that nesting of any
 // depth costs heap, not machine stack. An array met again inside itself
 // counts as a value the encoding cannot hold; only arrays with more than
 // one holder can be met again, so only they are remembered.
 template <typename Visitor>
 void walkValue(const Item* root, Visitor& visitor) {
+  // Where the enclosing array goes on once `array` is done.
   struct Frame {
     const Item* next;
     const Item* end;
@@ -51,33 +35,32 @@ void walkValue(const Item* root, Visitor& visitor) {
   };
   std::vector<Frame> path;
   std::unordered_set<const BaseArray*> sharedOnPath;
-  auto visit = [&](const Item* item) {
-    if (item->type != HB_IT_ARRAY) {
-      if (isEncodableScalar(item->type)) {
+  const Item* next = root;
+  const Item* end = root + 1;
+  for (;;) {
+    while (next != end) {
+      const Item* item = next++;
+      if (item->type != HB_IT_ARRAY) {
         visitor.scalar(item);
-      } else {
-        visitor.unencodable(item->type);
+        continue;
       }
-      return;
+      const BaseArray* array = item->item.asArray.value;
+      bool remembered = array->refCount > 1;
+      if (remembered && !sharedOnPath.insert(array).second) {
+        visitor.unencodable(item->type);
+        continue;
+      }
+      visitor.arrayHead(array->length);
+      path.push_back({next, end, array, remembered});
+      next = array->items;
+      end = array->items + array->length;
     }
-    const BaseArray* array = item->item.asArray.value;
-    bool remembered = array->refCount > 1;
-    if (remembered && !sharedOnPath.insert(array).second) {
-      visitor.unencodable(item->type);
-      return;
-    }
-    visitor.arrayHead(array->length);
-    path.push_back({array->items, array->items + array->length, array, remembered});
-  };
-  visit(root);
-  while (!path.empty()) {
-    Frame& top = path.back();
-    if (top.next == top.end) {
-      if (top.remembered) sharedOnPath.erase(top.array);
-      path.pop_back();
-      continue;
-    }
-    visit(top.next++);
+    if (path.empty()) return;
+    const Frame& done = path.back();
+    if (done.remembered) sharedOnPath.erase(done.array);
+    next = done.next;
+    end = done.end;
+    path.pop_back();
   }
 }
 
@@ -88,6 +71,13 @@ struct SizeCounter {
 
   void scalar(const Item* item) {
     switch (item->type) {
+      case HB_IT_NIL:
+      case HB_IT_INTEGER:
+      case HB_IT_LONG:
+      case HB_IT_DATE:
+      case HB_IT_COUNTER:
+        computed += 8;
+        break;
       case HB_IT_DOUBLE:
         computed += 12;
         break;
@@ -100,7 +90,7 @@ struct SizeCounter {
         computed += uint64_t{item->item.asString.length} + 5;
         break;
       default:
-        computed += 8;
+        unencodable(item->type);
         break;
     }
   }
@@ -120,42 +110,49 @@ struct StreamWriter {
     out += 4;
   }
 
+  void putTagged(HB_TYPE tag, uint32_t value) {
+    put32(tag);
+    put32(value);
+  }
+
   void scalar(const Item* item) {
-    // A memo string is written as a plain string.
-    put32(item->type == HB_IT_MEMO ? HB_IT_STRING : item->type);
     switch (item->type) {
       case HB_IT_NIL:
-        put32(0);
+        putTagged(HB_IT_NIL, 0);
         break;
       case HB_IT_INTEGER:
-        put32(static_cast<uint32_t>(item->item.asInteger.value));
+        putTagged(HB_IT_INTEGER, static_cast<uint32_t>(item->item.asInteger.value));
         break;
       case HB_IT_LONG:
-        put32(static_cast<uint32_t>(item->item.asLong.value));
+        putTagged(HB_IT_LONG, static_cast<uint32_t>(item->item.asLong.value));
         break;
       case HB_IT_DATE:
-        put32(static_cast<uint32_t>(item->item.asDate.value));
+        putTagged(HB_IT_DATE, static_cast<uint32_t>(item->item.asDate.value));
         break;
       case HB_IT_COUNTER:
-        put32(item->item.asCounter.value);
+        putTagged(HB_IT_COUNTER, item->item.asCounter.value);
         break;
       case HB_IT_LOGICAL:
-        put32(static_cast<uint32_t>(item->item.asLogical.value));
+        putTagged(HB_IT_LOGICAL, static_cast<uint32_t>(item->item.asLogical.value));
         break;
       case HB_IT_DOUBLE:
+        put32(HB_IT_DOUBLE);
         std::memcpy(out, &item->item.asDouble.value, sizeof(double));
         out += sizeof(double);
         break;
-      default:  // strings: the bytes and a NUL, already there in the zero-filled buffer
+      case HB_IT_STRING:
+      case HB_IT_MEMO:  // a memo string is written as a plain string
+        put32(HB_IT_STRING);
+        // The bytes and a NUL, which the zero-filled buffer holds already.
         std::memcpy(out, item->item.asString.value, item->item.asString.length);
         out += item->item.asString.length + 1;
         break;
+      default:
+        unencodable(item->type);
+        break;
     }
   }
-  void arrayHead(uint32_t count) {
-    put32(HB_IT_ARRAY);
-    put32(count);
-  }
+  void arrayHead(uint32_t count) { putTagged(HB_IT_ARRAY, count); }
   void unencodable(HB_TYPE type) { xhbinReportType(vm, WRITER_UNHANDLED, type, nullptr); }
 };
 
