@@ -311,6 +311,7 @@ const char* arrayStrHeader(VMEngine*) {
 }
 
 uint64_t arrayGetStrLen(VMEngine*, const Item* array) {
+  if (!array) return 0;
   uint64_t length = ARRAY_TEXT_HEADER_LENGTH;
   walkArray(array, [&](char, uint32_t bodyLength, const char* body) {
     length += headLength(WRITTEN_WIDTH) + (body ? bodyLength : 0);
@@ -319,9 +320,10 @@ uint64_t arrayGetStrLen(VMEngine*, const Item* array) {
 }
 
 uint64_t ArrayToStr(VMEngine*, const Item* array, char* buffer, uint64_t size) {
+  if (!array || !buffer || size < ARRAY_TEXT_HEADER_LENGTH) return 0;
   char* out = buffer + ARRAY_TEXT_HEADER_LENGTH;
   char* end = buffer + size;
-  bool fits = size >= ARRAY_TEXT_HEADER_LENGTH;
+  bool fits = true;
   walkArray(array, [&](char tag, uint32_t sizeField, const char* body) {
     uint32_t bodyLength = body ? sizeField : 0;
     if (!fits || static_cast<uint64_t>(end - out) < headLength(WRITTEN_WIDTH) + bodyLength) {
