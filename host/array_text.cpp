@@ -47,8 +47,9 @@ bool isValidWidth(int width) {
   return width == 2 || width == 4;
 }
 
-uint32_t headLength(int width) {
-  return 1 + 2 * static_cast<uint32_t>(width);
+// Wide enough that a head and a body length never wrap around.
+uint64_t headLength(int width) {
+  return 1 + 2 * static_cast<uint64_t>(width);
 }
 
 // ---- Writing ---------------------------------------------------------------------------

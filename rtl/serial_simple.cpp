@@ -12,6 +12,9 @@ namespace {
 constexpr uint32_t LEN8_SIZE = 8;
 // A read cursor starts just past its own len8.
 constexpr uint32_t CURSOR_START = LEN8_SIZE + 1;
+// A kind letter and a len8, 64 bits wide so that a head and the length that
+// follows it never wrap around.
+constexpr uint64_t KIND_AND_LEN8 = 1 + LEN8_SIZE;
 
 void putLen8(char* out, uint32_t value) {
   std::memset(out, 0, 4);
@@ -57,11 +60,12 @@ void returnKindAndLen8(VMEngine* vm, const char* kind, uint32_t value) {
 
 void returnSerialString(VMEngine* vm, const Item* text) {
   uint32_t length = itemStrLen(text);
-  auto* out = static_cast<char*>(vmAlloc(vm, size_t{length} + 1 + LEN8_SIZE + 1));
+  if (length > UINT32_MAX - KIND_AND_LEN8) return;
+  auto* out = static_cast<char*>(vmAlloc(vm, length + KIND_AND_LEN8 + 1));
   out[0] = 'C';
   putLen8(out + 1, length);
-  std::memcpy(out + 1 + LEN8_SIZE, itemStrPtr(text), length);
-  itemPutCPtr(vm, returnItem(vm), out, length + 1 + LEN8_SIZE);
+  std::memcpy(out + KIND_AND_LEN8, itemStrPtr(text), length);
+  itemPutCPtr(vm, returnItem(vm), out, static_cast<uint32_t>(length + KIND_AND_LEN8));
 }
 
 // The size of the first item of a text, by its letter; arrays, hashes and
@@ -90,20 +94,20 @@ uint64_t serialSize(const PaddedBytes& text) {
         break;
       case 'C':
       case 'Q':
-        pos += 1 + LEN8_SIZE + readLen8(text, pos + 1);
+        pos += KIND_AND_LEN8 + readLen8(text, pos + 1);
         break;
       case 'A':
         pending += readLen8(text, pos + 1);
-        pos += 1 + LEN8_SIZE;
+        pos += KIND_AND_LEN8;
         break;
       case 'H':
         pending += 2 * uint64_t{readLen8(text, pos + 1)};
-        pos += 1 + LEN8_SIZE;
+        pos += KIND_AND_LEN8;
         break;
       case 'O':
         count = readLen8(text, pos + 1);
         pending += 1 + 2 * count;
-        pos += 1 + LEN8_SIZE;
+        pos += KIND_AND_LEN8;
         break;
       default:
         pending = 0;
@@ -178,18 +182,18 @@ KOVO_FUNC(HB_DESERIALIZESIMPLE) {
       if (text.length >= 2) itemPutL(vm, returnItem(vm), text.at(1) == 'T');
       break;
     case 'D':
-      if (text.length >= 1 + LEN8_SIZE)
+      if (text.length >= KIND_AND_LEN8)
         itemPutDL(vm, returnItem(vm), static_cast<int32_t>(readLen8(text, 1)));
       break;
     case 'N':
       if (text.length >= 2 + LEN8_SIZE) returnSerialNumber(vm, text);
       break;
     case 'C': {
-      if (text.length < 1 + LEN8_SIZE) break;
+      if (text.length < KIND_AND_LEN8) break;
       uint32_t length = readLen8(text, 1);
       if (maxLength >= 1 && length > static_cast<uint32_t>(maxLength)) break;
-      if (text.holds(1 + LEN8_SIZE, length)) {
-        returnBytes(vm, itemStrPtr(item) + 1 + LEN8_SIZE, length);
+      if (text.holds(KIND_AND_LEN8, length)) {
+        returnBytes(vm, itemStrPtr(item) + KIND_AND_LEN8, length);
       }
       break;
     }
@@ -208,6 +212,7 @@ KOVO_FUNC(HB_SERIALNEXT) {
 KOVO_FUNC(HB_DESERIALBEGIN) {
   const Item* item = paramItem(vm, 1, HB_IT_STRING);
   uint32_t length = item ? itemStrLen(item) : 0;
+  if (length > UINT32_MAX - LEN8_SIZE) return;
   auto* out = static_cast<char*>(vmAlloc(vm, size_t{length} + LEN8_SIZE + 1));
   putLen8(out, CURSOR_START);
   if (length) std::memcpy(out + LEN8_SIZE, itemStrPtr(item), length);

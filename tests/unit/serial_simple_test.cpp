@@ -32,6 +32,12 @@ TEST_F(SerialSimpleTest, CountsLargerThanTheTextStopAtItsEnd) {
   EXPECT_EQ(walked("O" + len8(0x7FFFFFFF) + "Q" + len8(2) + "ab"), 20);
 }
 
+TEST_F(SerialSimpleTest, HeadAndLengthAddUpWithoutWrappingAround) {
+  // 9 + 0xFFFFFFF7 is 2^32: the walker moves past the end and stops; the
+  // size comes back in 32 bits.
+  EXPECT_EQ(walked("A" + len8(0xFFFFFFFF) + "C" + len8(0xFFFFFFF7)), 9);
+}
+
 TEST_F(SerialSimpleTest, SizesAddUpAcrossEveryKind) {
   std::string object = "O" + len8(1) + "C" + len8(3) + "Cls" + "Z" + "NI" + len8(5);
   std::string hash = "H" + len8(1) + "D" + len8(2460341) + "LF";
