@@ -2,7 +2,8 @@
 # Installs, builds and runs the whole test suite: the ordinary build and the
 # sanitizer build (AddressSanitizer + UndefinedBehaviorSanitizer), each with
 # its unit tests and the shell cases in the ordinary and the extended frame
-# layout; then checks that the sources follow .clang-format.
+# layout, and a short run of every fuzz target; then checks that the sources
+# follow .clang-format.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -14,6 +15,12 @@ cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DKOVO_SANITIZE=ON -DKOVO_BENC
 cmake --build build-asan -j"$(nproc)"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir build-asan --output-on-failure -j"$(nproc)"
+
+# The fuzz targets of the readers of untrusted bytes: clang, their own tree,
+# a few seconds each.
+cmake -S tests/fuzz -B build-fuzz -DCMAKE_CXX_COMPILER=clang++ > /dev/null
+cmake --build build-fuzz -j"$(nproc)"
+ctest --test-dir build-fuzz --output-on-failure -j"$(nproc)"
 
 git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 echo "all tests passed"

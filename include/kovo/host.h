@@ -3,6 +3,7 @@
 
 #include "kovo/host_arrays.h"
 #include "kovo/host_calls.h"
+#include "kovo/host_encoding.h"
 #include "kovo/host_errors.h"
 #include "kovo/host_items.h"
 #include "kovo/host_memvars.h"

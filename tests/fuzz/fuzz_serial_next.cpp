@@ -1,0 +1,9 @@
+// HB_SERIALNEXT on any bytes.
+#include "frame/frame.h"
+#include "fuzz_vm.h"
+
+KOVO_FUNC(HB_SERIALNEXT);
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  return fuzzStringReader(HB_SERIALNEXT, data, size);
+}
