@@ -1,6 +1,7 @@
 #include "ct/token_env.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "ct/token_scan.h"
@@ -53,6 +54,10 @@ class EnvBuilder {
   unsigned char* finish(uint32_t* size) {
     if (!block_ && !grow()) return nullptr;
     uint32_t capacity = capacityFor(count_);
+    // Growing left the new slots as they were: the unused ones up to the
+    // capacity, and the zero byte behind them, are cleared here.
+    unsigned char* unused = block_ + TOKEN_ENV_HEADER + size_t{TOKEN_ENTRY_SIZE} * count_;
+    std::memset(unused, 0, size_t{TOKEN_ENTRY_SIZE} * (capacity - count_) + 1);
     tokenStoreWord(block_, count_);
     tokenStoreWord(block_ + 4, capacity);
     *size = TOKEN_ENV_HEADER + TOKEN_ENTRY_SIZE * capacity;
@@ -63,7 +68,7 @@ class EnvBuilder {
   bool grow() {
     if (slots_ == MAX_CAPACITY) return false;
     uint32_t slots = slots_ == 0 ? TOKEN_ENV_GROWTH : std::min(MAX_CAPACITY, 2 * slots_);
-    auto* grown = static_cast<unsigned char*>(vmTryRealloc(vm_, block_, blockBytes(slots)));
+    auto* grown = static_cast<unsigned char*>(vmTryReallocUnfilled(vm_, block_, blockBytes(slots)));
     if (!grown) return false;
     block_ = grown;
     slots_ = slots;

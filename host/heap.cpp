@@ -90,19 +90,33 @@ void* vmAlloc(VMEngine* vm, size_t size) {
   return block;
 }
 
-void* vmTryRealloc(VMEngine* vm, void* block, size_t size) {
+namespace {
+
+void* reallocate(VMEngine* vm, void* block, size_t size, bool zero) {
   if (!block) return vmTryAlloc(vm, size);
   if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
   BlockHeader* header = blockHeader(block);
   size_t oldSize = header->size;
   auto* grown = static_cast<BlockHeader*>(std::realloc(header, sizeof(BlockHeader) + size));
   if (!grown) return nullptr;
-  if (size > oldSize) std::memset(reinterpret_cast<char*>(grown + 1) + oldSize, 0, size - oldSize);
+  if (zero && size > oldSize) {
+    std::memset(reinterpret_cast<char*>(grown + 1) + oldSize, 0, size - oldSize);
+  }
   grown->heap->liveBytes += size - oldSize;
   grown->size = size;
   // The block's capacity is no longer its class's: it is freed, not kept.
   grown->sizeClass = 0;
   return grown + 1;
+}
+
+}  // namespace
+
+void* vmTryRealloc(VMEngine* vm, void* block, size_t size) {
+  return reallocate(vm, block, size, true);
+}
+
+void* vmTryReallocUnfilled(VMEngine* vm, void* block, size_t size) {
+  return reallocate(vm, block, size, false);
 }
 
 void* vmRealloc(VMEngine* vm, void* block, size_t size) {

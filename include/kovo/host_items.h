@@ -22,6 +22,9 @@ KOVO_HOST_API void* vmTryAlloc(VMEngine* vm, size_t size);
 // leaving the old block intact.
 KOVO_HOST_API void* vmTryRealloc(VMEngine* vm, void* block, size_t size);
 KOVO_HOST_API void* vmRealloc(VMEngine* vm, void* block, size_t size);
+// As vmTryRealloc, but the bytes added are left as they are: for a caller that
+// writes them before anything reads them.
+KOVO_HOST_API void* vmTryReallocUnfilled(VMEngine* vm, void* block, size_t size);
 KOVO_HOST_API void vmFree(VMEngine* vm, void* block);
 
 // ---- Family 1: putting values into items ----------------------------------
