@@ -18,10 +18,8 @@ void* startBlock(BlockHeader* header, Heap* heap, size_t size, size_t sizeClass)
   header->heap = heap;
   header->size = size;
   header->refCount = 1;
-  header->magic = BLOCK_MAGIC;
   header->sizeClass = static_cast<uint16_t>(sizeClass);
   heap->liveBlocks++;
-  heap->liveBytes += size;
   return header + 1;
 }
 
@@ -48,8 +46,6 @@ void heapFree(void* block) {
   BlockHeader* header = blockHeader(block);
   Heap* heap = header->heap;
   heap->liveBlocks--;
-  heap->liveBytes -= header->size;
-  header->magic = 0;
   size_t sizeClass = header->sizeClass;
   if (sizeClass != 0 && heap->keptCount[sizeClass] < KEPT_PER_CLASS) {
     *reinterpret_cast<BlockHeader**>(header + 1) = heap->kept[sizeClass];
@@ -102,7 +98,6 @@ void* reallocate(VMEngine* vm, void* block, size_t size, bool zero) {
   if (zero && size > oldSize) {
     std::memset(reinterpret_cast<char*>(grown + 1) + oldSize, 0, size - oldSize);
   }
-  grown->heap->liveBytes += size - oldSize;
   grown->size = size;
   // The block's capacity is no longer its class's: it is freed, not kept.
   grown->sizeClass = 0;

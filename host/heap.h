@@ -24,7 +24,6 @@ struct BlockHeader;
 
 struct Heap {
   size_t liveBlocks;
-  size_t liveBytes;
   BlockHeader* kept[SIZE_CLASS_COUNT + 1];  // freed blocks by size class, linked
   size_t keptCount[SIZE_CLASS_COUNT + 1];
 };
@@ -33,11 +32,8 @@ struct alignas(16) BlockHeader {
   Heap* heap;
   size_t size;
   uint32_t refCount;
-  uint16_t magic;
   uint16_t sizeClass;  // 0 for a block that is freed at once, not kept
 };
-
-inline constexpr uint16_t BLOCK_MAGIC = 0x4B4F;
 
 inline BlockHeader* blockHeader(void* block) {
   return static_cast<BlockHeader*>(block) - 1;
