@@ -11,7 +11,7 @@ void putNotFound(VMEngine* vm, AtResult kind) {
   if (kind == AtResult::Position) {
     itemPutNI(vm, returnItem(vm), 0);
   } else {
-    itemPutCL(vm, returnItem(vm), "", 0);
+    returnEmptyText(vm);
   }
 }
 

@@ -48,7 +48,7 @@ KOVO_FUNC(ATREPL) {
     return;
   }
   CtText replacement = replacementParam(vm);
-  bool onlyNth = ctParamTrue(vm, 5);
+  bool onlyNth = paramIsTrue(vm, 5);
   uint32_t counter = ctParamUnsigned(vm, 4, 0);
   uint32_t resultLength = 0;
   char* result;
@@ -63,7 +63,7 @@ KOVO_FUNC(ATREPL) {
     result = spliced(vm, text, match, matchLength, replacement, &resultLength);
   } else {
     result = ctReplaceMatches(vm, text, ignore, pattern, replacement,
-                              counter == 0 ? CT_ALL : counter, CT_STRING_LIMIT, &resultLength);
+                              counter == 0 ? CT_ALL : counter, STRING_LENGTH_LIMIT, &resultLength);
   }
   if (!result) {
     ctErrorDefaultGen(vm, EG_STROVERFLOW, ATREPL_ERROR, "ATREPL", 6);

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "frame/frame.h"
-#include "hexdigits.h"
+#include "kovo/hex_digits.h"
 
 namespace {
 

@@ -12,7 +12,7 @@ KOVO_FUNC(NUMAT) {
     return;
   }
   // A negative count to skip is a huge unsigned one, and so beyond any text.
-  auto ignore = paramIsNumCompat(vm, 3) ? static_cast<uint32_t>(paramGetNL(vm, 3)) : 0u;
+  auto ignore = static_cast<uint32_t>(paramNumberOr(vm, 3, 0));
   uint32_t length = itemStrLen(text);
   if (ignore >= length) {
     ctArgErrorDefault(vm, NUMAT_ARGUMENT, "NUMAT", 3);

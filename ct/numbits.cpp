@@ -80,10 +80,6 @@ Bits mirrored(VMEngine* vm, int n, uint32_t mask, uint32_t width) {
   return (*value & ~lowBits(width)) | reversed;
 }
 
-bool paramIsTrue(VMEngine* vm, int n) {
-  return paramIsLogical(vm, n) && paramResolved(vm, n)->item.asLogical.value != 0;
-}
-
 void returnBitsOrInvalid(VMEngine* vm, Bits result) {
   itemPutNL(vm, returnItem(vm), result ? static_cast<int32_t>(*result) : INVALID_OPERAND);
 }

@@ -66,7 +66,7 @@ KOVO_FUNC_AS(ctInfinity, "INFINITY") {
   constexpr uint64_t LEGACY_LARGE = 0x4414563918244F40;  // about 9.3787e19
   double legacy = 0.0;
   std::memcpy(&legacy, &LEGACY_LARGE, DOUBLE_SIZE);
-  bool wantsLargest = paramIsLogical(vm, 1) && paramResolved(vm, 1)->item.asLogical.value != 0;
+  bool wantsLargest = paramIsTrue(vm, 1);
   itemPutND(vm, returnItem(vm), wantsLargest ? DBL_MAX : legacy);
 }
 
@@ -95,7 +95,7 @@ KOVO_FUNC(XTOC) {
   } else if (type == HB_IT_LOGICAL) {
     itemPutCL(vm, returnItem(vm), item->item.asLogical.value ? "T" : "F", 1);
   } else {
-    itemPutCL(vm, returnItem(vm), "", 0);
+    returnEmptyText(vm);
   }
 }
 

@@ -12,7 +12,7 @@ inline constexpr uint32_t CT_ALL = UINT32_MAX;
 // `fallback`. A negative number becomes a very large count, and the loops that
 // compare counts as unsigned numbers rely on that.
 inline uint32_t ctParamUnsigned(VMEngine* vm, int n, uint32_t fallback) {
-  return paramIsNumCompat(vm, n) ? static_cast<uint32_t>(paramGetNL(vm, n)) : fallback;
+  return static_cast<uint32_t>(paramNumberOr(vm, n, fallback));
 }
 
 // A count where 0 and a missing or non-numeric parameter mean no limit.
@@ -47,11 +47,6 @@ inline void ctReturnStringParam(VMEngine* vm, int n) {
   if (text) {
     itemReturn(vm, text);
   } else {
-    itemPutCL(vm, returnItem(vm), "", 0);
+    returnEmptyText(vm);
   }
-}
-
-// Whether parameter n is logical true.
-inline bool ctParamTrue(VMEngine* vm, int n) {
-  return paramIsLogical(vm, n) && paramResolved(vm, n)->item.asLogical.value != 0;
 }

@@ -5,13 +5,10 @@
 
 #include "frame/frame.h"
 
-// A string is shorter than this.
-inline constexpr uint64_t CT_STRING_LIMIT = UINT32_MAX;
-
 // A buffer for a result of `length` bytes and the zero byte behind them, to be
 // adopted by an item; null when the result would reach the string limit or
 // the memory is not to be had.
 inline char* ctTryResultBuffer(VMEngine* vm, uint64_t length) {
-  if (length >= CT_STRING_LIMIT) return nullptr;
+  if (length >= STRING_LENGTH_LIMIT) return nullptr;
   return static_cast<char*>(vmTryAlloc(vm, length + 1));
 }

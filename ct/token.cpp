@@ -22,7 +22,7 @@ void putFallback(VMEngine* vm, TokenMode mode) {
   if (mode == TokenMode::Count || mode == TokenMode::Position) {
     itemPutNI(vm, returnItem(vm), 0);
   } else {
-    itemPutCL(vm, returnItem(vm), "", 0);
+    returnEmptyText(vm);
   }
 }
 
@@ -72,7 +72,7 @@ void putToken(VMEngine* vm, CtText text, const Found& found, const SeparatorTrai
   if (found.hit) {
     itemPutCL(vm, returnItem(vm), text.bytes + found.start, found.end - found.start);
   } else {
-    itemPutCL(vm, returnItem(vm), "", 0);
+    returnEmptyText(vm);
   }
   storeSeparator(vm, trail.before, 5);
   storeSeparator(vm, trail.after, 6);
@@ -145,7 +145,7 @@ KOVO_FUNC(TOKENUPPER) {
 
 KOVO_FUNC(TOKENSEP) {
   const TokenState& state = tokenState(vm);
-  bool after = ctParamTrue(vm, 1);
+  bool after = paramIsTrue(vm, 1);
   int32_t code = !state.tokenCalled ? -1 : after ? state.sepAfter : state.sepBefore;
   putSeparator(vm, code);
 }

@@ -83,13 +83,6 @@ class EnvBuilder {
 
 }  // namespace
 
-uint32_t TokenEnv::partialWord(uint64_t offset) const {
-  uint32_t value = 0;
-  for (uint64_t i = 0; i < 4 && offset + i < size_; i++)
-    value |= uint32_t{bytes_[offset + i]} << (8 * i);
-  return value;
-}
-
 void TokenEnv::setWord(uint64_t offset, uint32_t value) {
   if (offset + 4 <= size_) return tokenStoreWord(bytes_ + offset, value);
   for (uint64_t i = 0; offset + i < size_; i++)

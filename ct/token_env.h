@@ -15,6 +15,7 @@
 #include <cstring>
 
 #include "ct/params.h"
+#include "frame/padded_bytes.h"
 
 inline constexpr uint32_t TOKEN_ENV_HEADER = 16;
 inline constexpr uint32_t TOKEN_ENTRY_SIZE = 8;
@@ -62,11 +63,11 @@ class TokenEnv {
   static uint64_t entryOffset(uint32_t index) {
     return TOKEN_ENV_HEADER + uint64_t{TOKEN_ENTRY_SIZE} * index;
   }
+  // Bytes past the block read as zero.
   uint32_t word(uint64_t offset) const {
-    if (offset + 4 > size_) return partialWord(offset);
+    if (offset + 4 > size_) return PaddedBytes{bytes_, size_}.le32(offset);
     return tokenLoadWord(bytes_ + offset);
   }
-  uint32_t partialWord(uint64_t offset) const;
   void setWord(uint64_t offset, uint32_t value);
 
   unsigned char* bytes_;

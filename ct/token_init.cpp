@@ -26,7 +26,7 @@ void rewind(VMEngine* vm) {
 
 void putEnvString(VMEngine* vm, unsigned char* env, uint32_t size) {
   if (!env) {
-    itemPutCL(vm, returnItem(vm), "", 0);
+    returnEmptyText(vm);
     return;
   }
   TokenEnv view(env, size);
@@ -75,7 +75,7 @@ KOVO_FUNC(SAVETOKEN) {
 KOVO_FUNC(RESTTOKEN) {
   Item* textItem = paramItem(vm, 1, HB_IT_STRING);
   if (!textItem) {
-    if (!ctArgErrorSubst(vm, RESTTOKEN_ERROR, "RESTTOKEN", 1)) itemPutCL(vm, returnItem(vm), "", 0);
+    if (!ctArgErrorSubst(vm, RESTTOKEN_ERROR, "RESTTOKEN", 1)) returnEmptyText(vm);
     return;
   }
   CtText text = ctTextOf(textItem);
@@ -84,7 +84,7 @@ KOVO_FUNC(RESTTOKEN) {
     env = static_cast<unsigned char*>(vmTryAlloc(vm, size_t{text.length} + 1));
     if (!env) {
       ctErrorDefaultGen(vm, EG_MEM, RESTTOKEN_ERROR, "RESTTOKEN", 1);
-      itemPutCL(vm, returnItem(vm), "", 0);
+      returnEmptyText(vm);
       return;
     }
     std::memcpy(env, text.bytes, text.length);

@@ -8,17 +8,13 @@ namespace {
 constexpr int32_t TOKENNEXT_ERROR = 3971;
 constexpr int32_t TOKENAT_ERROR = 3932;
 
-void putEmpty(VMEngine* vm) {
-  itemPutCL(vm, returnItem(vm), "", 0);
-}
-
 // Token `index` of the string; "" where the entry is missing or lies past the
 // string, and a string shorter than the token cuts it.
 void putTokenText(VMEngine* vm, CtText text, const TokenEnv& env, uint32_t index) {
-  if (index >= env.entries()) return putEmpty(vm);
+  if (index >= env.entries()) return returnEmptyText(vm);
   uint32_t start = env.start(index);
   uint32_t end = env.end(index) < text.length ? env.end(index) : text.length;
-  if (start >= end) return putEmpty(vm);
+  if (start >= end) return returnEmptyText(vm);
   itemPutCL(vm, returnItem(vm), text.bytes + start, end - start);
 }
 
@@ -32,13 +28,13 @@ uint32_t tokenIndex(VMEngine* vm, int n, const TokenEnv& env) {
 KOVO_FUNC(TOKENNEXT) {
   Item* textItem = paramItem(vm, 1, HB_IT_STRING);
   if (!textItem) {
-    if (!ctArgErrorSubst(vm, TOKENNEXT_ERROR, "TOKENNEXT", 3)) putEmpty(vm);
+    if (!ctArgErrorSubst(vm, TOKENNEXT_ERROR, "TOKENNEXT", 3)) returnEmptyText(vm);
     return;
   }
   ChosenEnv chosen = tokenEnvFor(vm, 3, true);
   if (!chosen.found || (chosen.fromParam && chosen.env.size() < TOKEN_ENV_HEADER)) {
     ctArgErrorDefault(vm, TOKENNEXT_ERROR, "TOKENNEXT", 3);
-    putEmpty(vm);
+    returnEmptyText(vm);
     return;
   }
   TokenEnv& env = chosen.env;
@@ -46,7 +42,7 @@ KOVO_FUNC(TOKENNEXT) {
   uint32_t index = tokenIndex(vm, 2, env);
   if (numbered && index >= env.entries()) {
     ctArgErrorDefault(vm, TOKENNEXT_ERROR, "TOKENNEXT", 3);
-    putEmpty(vm);
+    returnEmptyText(vm);
     return;
   }
   // The token is read before the index moves: the string may be the
@@ -81,6 +77,6 @@ KOVO_FUNC(TOKENAT) {
     itemPutNI(vm, returnItem(vm), 0);
     return;
   }
-  uint32_t offset = ctParamTrue(vm, 1) ? chosen.env.end(index) : chosen.env.start(index);
+  uint32_t offset = paramIsTrue(vm, 1) ? chosen.env.end(index) : chosen.env.start(index);
   itemPutNInt(vm, returnItem(vm), int64_t{offset} + 1);
 }

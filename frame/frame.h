@@ -56,6 +56,10 @@ inline bool paramIsLogical(VMEngine* vm, int n) {
   Item* item = paramResolved(vm, n);
   return item && item->type == HB_IT_LOGICAL;
 }
+// Whether parameter n is logical true.
+inline bool paramIsTrue(VMEngine* vm, int n) {
+  return paramIsLogical(vm, n) && paramResolved(vm, n)->item.asLogical.value != 0;
+}
 inline Item* returnItem(VMEngine* vm) {
   return &vm->stack.Return;
 }
@@ -86,6 +90,15 @@ inline Item* paramItem(VMEngine* vm, int n, HB_TYPE mask) {
 }
 // Parameter n's item, or the context's spare nil item when there is none.
 Item* paramError(VMEngine* vm, int n);
+// Parameter n read with paramGetNL when it is numeric-compatible, else `fallback`.
+inline int64_t paramNumberOr(VMEngine* vm, int n, int64_t fallback) {
+  return paramIsNumCompat(vm, n) ? paramGetNL(vm, n) : fallback;
+}
+
+// The empty text as the result.
+inline void returnEmptyText(VMEngine* vm) {
+  itemPutCL(vm, returnItem(vm), "", 0);
+}
 
 // ---- Argument errors of the standard functions ---------------------------------
 // Raised with general code 1, listing the `declared` parameters as passed; the

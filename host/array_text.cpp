@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "kovo/hex_digits.h"
 #include "kovo/host.h"
 #include "kovo/host_encoding.h"
 
@@ -156,9 +157,8 @@ void walkArray(const Item* root, Put put) {
 }
 
 char* writeSize(char* out, uint32_t size, int width) {
-  static const char HEX[] = "0123456789ABCDEF";
   for (int shift = 8 * width - 4; shift >= 0; shift -= 4)
-    *out++ = HEX[(size >> shift) & 0xF];
+    *out++ = UPPER_HEX_DIGITS[(size >> shift) & 0xF];
   return out;
 }
 
@@ -177,7 +177,7 @@ class Reader {
     *tag = *p_++;
     uint32_t value = 0;
     for (int i = 0; i < 2 * width_; i++) {
-      int digit = hexDigit(*p_++);
+      int digit = hexDigitValue(*p_++);
       if (digit < 0) return false;
       value = value << 4 | static_cast<uint32_t>(digit);
     }
@@ -193,13 +193,6 @@ class Reader {
   }
 
  private:
-  static int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
-  }
-
   const char* p_;
   const char* end_;
   int width_;

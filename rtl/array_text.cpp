@@ -41,12 +41,12 @@ KOVO_FUNC(KOVO5_ARRAY_TO_STR) {
   const Item* array = paramItem(vm, 1, HB_IT_ARRAY);
   if (!array) {
     raiseFailure(vm, NOT_ARRAY);
-    itemPutC(vm, returnItem(vm), "");
+    returnEmptyText(vm);
     return;
   }
   uint64_t needed = arrayGetStrLen(vm, array);
   if (needed >= UINT32_MAX) {
-    itemPutC(vm, returnItem(vm), "");
+    returnEmptyText(vm);
     return;
   }
   auto* buffer = static_cast<char*>(vmAlloc(vm, needed + 1));

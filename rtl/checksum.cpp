@@ -13,7 +13,7 @@ using CheckFunction = uLong (*)(uLong start, const Bytef* data, uInt length);
 void returnCheckValue(VMEngine* vm, CheckFunction check) {
   const Item* data = paramItem(vm, 1, HB_IT_STRING);
   if (!data) return argError(vm, 3012, "Must be a string", 1);
-  uLong start = paramIsNumCompat(vm, 2) ? static_cast<uint32_t>(paramGetNL(vm, 2)) : 0;
+  uLong start = static_cast<uint32_t>(paramNumberOr(vm, 2, 0));
   auto value = static_cast<uint32_t>(
       check(start, reinterpret_cast<const Bytef*>(itemStrPtr(data)), itemStrLen(data)));
   itemPutND(vm, returnItem(vm), static_cast<int32_t>(value));

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "frame/frame.h"
+#include "kovo/hex_digits.h"
 #include "os/random.h"
 
 namespace {
@@ -50,13 +51,6 @@ bool isHyphenPosition(uint32_t i) {
   return i == 9 || i == 14 || i == 19 || i == 24;
 }
 
-int hexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return -1;
-}
-
 // The hex digits of the text in order, 32 of them, once its braces and
 // hyphens stand where they belong.
 bool guidDigits(const char* text, uint8_t (&digits)[32]) {
@@ -67,7 +61,7 @@ bool guidDigits(const char* text, uint8_t (&digits)[32]) {
       if (text[i] != '-') return false;
       continue;
     }
-    int value = hexValue(text[i]);
+    int value = hexDigitValue(text[i]);
     if (value < 0) return false;
     digits[count++] = static_cast<uint8_t>(value);
   }
@@ -117,14 +111,14 @@ KOVO_FUNC(GENGUID) {
   if (newGuid(&guid)) {
     returnGuidText(vm, guid);
   } else {
-    itemPutC(vm, returnItem(vm), "");
+    returnEmptyText(vm);
   }
 }
 
 KOVO_FUNC(XGUID) {
   Guid guid;
   if (!newGuid(&guid)) {
-    itemPutC(vm, returnItem(vm), "");
+    returnEmptyText(vm);
     return;
   }
   char* text = genguid22(vm, guid.bytes);

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "frame/frame.h"
-#include "padded_bytes.h"
+#include "frame/padded_bytes.h"
 
 namespace {
 
@@ -175,7 +175,7 @@ KOVO_FUNC(HB_SERIALIZESIMPLE) {
 KOVO_FUNC(HB_DESERIALIZESIMPLE) {
   const Item* item = paramItem(vm, 1, HB_IT_STRING);
   if (!item) return;
-  int32_t maxLength = paramIsNumCompat(vm, 2) ? paramGetNL(vm, 2) : -1;
+  int64_t maxLength = paramNumberOr(vm, 2, -1);
   PaddedBytes text = bytesOf(item);
   switch (text.at(0)) {
     case 'L':

@@ -9,7 +9,7 @@ void convertCase(VMEngine* vm, CaseCopy copy, int32_t subCode, const char* opera
   const Item* text = paramItem(vm, 1, HB_IT_STRING);
   if (!text) return argError(vm, subCode, operation, 1);
   uint32_t length = itemStrLen(text);
-  if (length == 0) return returnEmpty(vm);
+  if (length == 0) return returnEmptyText(vm);
   char* buffer = newText(vm, length);
   copy(vm, buffer, itemStrPtr(text), length);
   returnText(vm, buffer, length);

@@ -8,7 +8,7 @@
 KOVO_FUNC(STRDEL) {
   const Item* text = paramItem(vm, 1, HB_IT_STRING);
   const Item* mask = paramItem(vm, 2, HB_IT_STRING);
-  if (!text || !mask) return returnEmpty(vm);
+  if (!text || !mask) return returnEmptyText(vm);
   uint32_t length = itemStrLen(text);
   uint32_t masked = length < itemStrLen(mask) ? length : itemStrLen(mask);
   const char* source = itemStrPtr(text);
@@ -38,7 +38,7 @@ KOVO_FUNC(STUFF) {
   bool hasInsert = insert && (insert->type & HB_IT_STRING);
   bool insertUsable = hasInsert || !insert || insert->type == HB_IT_NIL;
   if (!text || !paramIsNumCompat(vm, 2) || !paramIsNumCompat(vm, 3) || !insertUsable) {
-    return returnEmpty(vm);
+    return returnEmptyText(vm);
   }
   uint32_t length = itemStrLen(text);
   const char* inserted = hasInsert ? itemStrPtr(insert) : "";

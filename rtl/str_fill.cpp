@@ -28,7 +28,7 @@ void repeatPrefix(char* buffer, uint64_t length, uint64_t total) {
 KOVO_FUNC(SPACE) {
   if (!paramIsNumCompat(vm, 1)) return argError(vm, 1105, "SPACE", 1);
   int32_t count = paramGetNL(vm, 1);
-  if (count < 1) return returnEmpty(vm);
+  if (count < 1) return returnEmptyText(vm);
   char* buffer = newText(vm, static_cast<uint32_t>(count));
   std::memset(buffer, ' ', static_cast<size_t>(count));
   returnText(vm, buffer, static_cast<uint32_t>(count));
@@ -40,13 +40,13 @@ KOVO_FUNC(REPLICATE) {
   const Item* text = paramItem(vm, 1, HB_IT_STRING);
   if (!text || !paramIsNumCompat(vm, 2)) return argError(vm, 1106, "REPLICATE", 2);
   int32_t count = paramGetNL(vm, 2);
-  if (count < 1) return returnEmpty(vm);
+  if (count < 1) return returnEmptyText(vm);
   uint32_t length = itemStrLen(text);
   if (textTooLong(static_cast<double>(length) * count)) {
     return stringOverflowError(vm, "REPLICATE", 2);
   }
   uint64_t total = uint64_t{length} * static_cast<uint32_t>(count);
-  if (total == 0) return returnEmpty(vm);
+  if (total == 0) return returnEmptyText(vm);
   char* buffer = newText(vm, total);
   if (length == 1) {
     std::memset(buffer, itemStrPtr(text)[0], static_cast<size_t>(total));

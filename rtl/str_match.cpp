@@ -52,7 +52,7 @@ KOVO_FUNC(WILDMATCH) {
 // A text without letters gives "0000", anything but a string the empty text.
 KOVO_FUNC(SOUNDEX) {
   const Item* text = paramItem(vm, 1, HB_IT_STRING);
-  if (!text) return returnEmpty(vm);
+  if (!text) return returnEmptyText(vm);
   char code[5] = "0000";
   const auto* bytes = reinterpret_cast<const unsigned char*>(itemStrPtr(text));
   uint32_t length = itemStrLen(text);

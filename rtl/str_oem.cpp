@@ -13,7 +13,7 @@ namespace {
 
 void translate(VMEngine* vm, const char* from, const char* to) {
   const Item* text = paramItem(vm, 1, HB_IT_STRING);
-  if (!text) return returnEmpty(vm);
+  if (!text) return returnEmptyText(vm);
   uint32_t length = itemStrLen(text);
   if (length == 0) return itemReturn(vm, text);
   char* buffer = newText(vm, length);

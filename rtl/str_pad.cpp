@@ -24,12 +24,12 @@ uint32_t leadingFill(Placement placement, uint32_t surplus) {
 // length cuts the text from the right, for all three placements. The fill is
 // the first byte of a fill string, so an empty one fills with byte 0.
 void pad(VMEngine* vm, Placement placement) {
-  if (paramCount(vm) < 2 || !paramIsNumCompat(vm, 2)) return returnEmpty(vm);
+  if (paramCount(vm) < 2 || !paramIsNumCompat(vm, 2)) return returnEmptyText(vm);
   const Item* value = paramItem(vm, 1, HB_IT_ANY);
   uint32_t length = 0;
   bool mustFree = false;
   char* text = itemPadConv(vm, value, &length, &mustFree);
-  if (!text) return returnEmpty(vm);
+  if (!text) return returnEmptyText(vm);
   int32_t width = paramGetNL(vm, 2);
   if (width <= static_cast<int64_t>(length)) {
     if (!mustFree && width == static_cast<int64_t>(length)) {

@@ -3,7 +3,6 @@
 namespace {
 
 constexpr int32_t SUBCODE_STRING_OVERFLOW = 1234;
-constexpr double STRING_LIMIT = 4294967295.0;
 
 }  // namespace
 
@@ -15,12 +14,8 @@ void returnText(VMEngine* vm, char* buffer, uint32_t length) {
   itemPutCPtr(vm, returnItem(vm), buffer, length);
 }
 
-void returnEmpty(VMEngine* vm) {
-  itemPutC(vm, returnItem(vm), "");
-}
-
 void returnSlice(VMEngine* vm, const Item* source, uint32_t start, uint32_t count) {
-  if (count == 0) return returnEmpty(vm);
+  if (count == 0) return returnEmptyText(vm);
   if (start == 0 && count == itemStrLen(source)) return itemReturn(vm, source);
   itemPutCL(vm, returnItem(vm), itemStrPtr(source) + start, count);
 }
@@ -35,12 +30,8 @@ bool paramSwitch(VMEngine* vm, int n) {
   return item && !(item->type & HB_IT_ARRAY) && param(vm, n) != 0;
 }
 
-int64_t paramNumberOr(VMEngine* vm, int n, int64_t absent) {
-  return paramIsNumCompat(vm, n) ? paramGetNL(vm, n) : absent;
-}
-
 bool textTooLong(double length) {
-  return length >= STRING_LIMIT;
+  return length >= static_cast<double>(STRING_LENGTH_LIMIT);
 }
 
 void stringOverflowError(VMEngine* vm, const char* operation, int declared) {

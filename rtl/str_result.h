@@ -12,7 +12,6 @@
 char* newText(VMEngine* vm, uint64_t length);
 // Hands a buffer from newText to the return item.
 void returnText(VMEngine* vm, char* buffer, uint32_t length);
-void returnEmpty(VMEngine* vm);
 // `count` bytes of the string item `source` from byte `start` (0-based): the
 // item itself when that is all of it, the empty text when count is 0.
 void returnSlice(VMEngine* vm, const Item* source, uint32_t start, uint32_t count);
@@ -24,8 +23,6 @@ uint32_t clampCount(int64_t count, uint32_t length);
 // reader would throw, is off like every other value that is no number,
 // logical or one-byte string.
 bool paramSwitch(VMEngine* vm, int n);
-// Parameter n as a number when it is numeric-compatible, else `absent`.
-int64_t paramNumberOr(VMEngine* vm, int n, int64_t absent);
 
 // Whether a text of `length` bytes is beyond what a string item can hold
 // (4294967295 bytes or more).

@@ -97,7 +97,7 @@ KOVO_FUNC(STRTRAN) {
                   hasReplace ? itemStrLen(replace) : 0,
                   paramNumberOr(vm, 4, 1),
                   paramNumberOr(vm, 5, INT64_MAX)};
-  if (job.first < 1 || job.count < 1) return returnEmpty(vm);
+  if (job.first < 1 || job.count < 1) return returnEmptyText(vm);
   // A result that grows is measured first, so that it is checked before
   // anything is allocated and built in a buffer of its exact size.
   uint64_t bound = itemStrLen(text);

@@ -38,7 +38,7 @@ KOVO_FUNC(LEFT) {
 
 KOVO_FUNC(RIGHT) {
   const Item* text = paramItem(vm, 1, HB_IT_STRING);
-  if (!text || !paramIsNumCompat(vm, 2)) return returnEmpty(vm);
+  if (!text || !paramIsNumCompat(vm, 2)) return returnEmptyText(vm);
   uint32_t count = clampCount(paramGetNL(vm, 2), itemStrLen(text));
   returnSlice(vm, text, itemStrLen(text) - count, count);
 }
@@ -55,7 +55,7 @@ KOVO_FUNC(SUBSTR) {
   } else if (start > 0) {
     start--;
   }
-  if (start >= length) return returnEmpty(vm);
+  if (start >= length) return returnEmptyText(vm);
   int64_t count = length - start;
   if (paramCount(vm) >= 3) {
     if (!isCount(paramResolved(vm, 3))) return argError(vm, 1110, "SUBSTR", 3);

@@ -53,16 +53,16 @@ uint64_t afterToken(const Token& token) {
 // there is no such token or the arguments are of other types.
 KOVO_FUNC(__STRTOKEN) {
   const Item* text = paramItem(vm, 1, HB_IT_STRING);
-  if (!text || !paramIsNumCompat(vm, 2)) return returnEmpty(vm);
+  if (!text || !paramIsNumCompat(vm, 2)) return returnEmptyText(vm);
   int32_t index = paramGetNL(vm, 2);
   char delimiter = delimiterParam(vm, 3);
   Token token{0, 0};
   uint64_t from = 0;
   for (int32_t i = 0; i < index; i++) {
-    if (!tokenFrom(text, from, delimiter, &token)) return returnEmpty(vm);
+    if (!tokenFrom(text, from, delimiter, &token)) return returnEmptyText(vm);
     from = afterToken(token);
   }
-  if (index < 1) return returnEmpty(vm);
+  if (index < 1) return returnEmptyText(vm);
   returnSlice(vm, text, token.start, token.length);
 }
 
@@ -74,7 +74,7 @@ KOVO_FUNC(__STRTOKEN) {
 // length.
 KOVO_FUNC(__STRTKPTR) {
   const Item* text = paramItem(vm, 1, HB_IT_STRING);
-  if (!text) return returnEmpty(vm);
+  if (!text) return returnEmptyText(vm);
   int64_t offset = paramNumberOr(vm, 2, 0);
   Token token{0, 0};
   uint64_t next = uint64_t{itemStrLen(text)} + 1;
@@ -83,7 +83,7 @@ KOVO_FUNC(__STRTKPTR) {
     next = afterToken(token);
     returnSlice(vm, text, token.start, token.length);
   } else {
-    returnEmpty(vm);
+    returnEmptyText(vm);
   }
   hb_stornl(vm, static_cast<int32_t>(next), 2);
 }

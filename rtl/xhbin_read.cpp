@@ -2,7 +2,7 @@
 #include <cstring>
 #include <vector>
 
-#include "padded_bytes.h"
+#include "frame/padded_bytes.h"
 #include "xhbin.h"
 
 namespace {

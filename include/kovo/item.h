@@ -35,6 +35,9 @@ inline constexpr HB_TYPE HB_IT_NUMERIC = HB_IT_INTEGER | HB_IT_LONG | HB_IT_DOUB
 inline constexpr HB_TYPE HB_IT_NUMCOMPAT = 0x005A;
 inline constexpr HB_TYPE HB_IT_ANY = 0xFFFF;
 
+// Every string is shorter than this many bytes: its length is a 32-bit count.
+inline constexpr uint64_t STRING_LENGTH_LIMIT = UINT32_MAX;
+
 struct Item;
 struct VMEngine;
 struct BaseArray;

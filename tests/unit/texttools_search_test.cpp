@@ -214,7 +214,7 @@ TEST_F(VmTest, ReplacingAgreesWithTheInPlaceLoop) {
     std::string expected = referenceReplace(vm, text, start, pattern, replacement, n);
     uint32_t length = 0;
     char* result = ctReplaceMatches(vm, textOf(text), start, textOf(pattern), textOf(replacement),
-                                    n, CT_STRING_LIMIT, &length);
+                                    n, STRING_LENGTH_LIMIT, &length);
     ASSERT_NE(result, nullptr);
     ASSERT_EQ(std::string(result, length), expected)
         << "text " << text << " pattern " << pattern << " replacement " << replacement << " start "

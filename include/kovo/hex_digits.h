@@ -1,4 +1,4 @@
-// Hexadecimal digits as the number-representation functions write and read them.
+// Hexadecimal digits as the host and the library write and read them.
 #pragma once
 
 #include <cstdint>
