@@ -1,4 +1,4 @@
-#include "module.h"
+#include "os/module.h"
 
 #include <dlfcn.h>
 

@@ -1,4 +1,4 @@
-#include "random.h"
+#include "os/random.h"
 
 #include <sys/random.h>
 
