@@ -5,6 +5,7 @@
 #include "kovo/host_calls.h"
 #include "kovo/host_encoding.h"
 #include "kovo/host_errors.h"
+#include "kovo/host_files.h"
 #include "kovo/host_items.h"
 #include "kovo/host_memvars.h"
 #include "kovo/host_misc.h"
