@@ -5,6 +5,7 @@
 #include <memory>
 #include <sstream>
 
+#include "case_directory.h"
 #include "parser.h"
 #include "session.h"
 
@@ -59,6 +60,7 @@ std::string runCase(const Library& library, const Case& c, bool extendedFrames, 
     return "SYNTAX " + std::to_string(error.line) + ":" + std::to_string(error.column) + ": " +
            error.message + "\n";
   }
+  CaseDirectory directory;
   Session session(library, output, extendedFrames);
   try {
     session.run(std::move(program), true);

@@ -1,5 +1,5 @@
 // Case files: statements with the exact output they must print, run each in
-// a fresh context, as `kovo -e` would run them.
+// a fresh context and a fresh temporary directory, as `kovo -e` would run them.
 #pragma once
 
 #include <string>
