@@ -12,6 +12,7 @@
 #include "kovo/vmengine.h"
 
 struct Language;
+struct FileContext;
 
 // A private variable's creation, so that it can be undone: the symbol and the
 // variable it hid.
@@ -27,6 +28,7 @@ struct HostInternals {
   std::vector<PrivateEntry> privates;
   const CodePage* codePage;
   const Language* language;
+  FileContext* files = nullptr;  // the file layer's state, made when first needed
 };
 
 // The error class: its name and instance variables, in slot order.
