@@ -112,6 +112,7 @@ VMEngine* vmCreate(const VMConfig* config) {
 
 size_t vmDestroy(VMEngine* vm) {
   if (libraryFinalizer) libraryFinalizer(vm);
+  setCloseOutputFiles(vm);
   releaseFileContext(vm);
   memvarReleaseAll(vm);
   releaseSymbolTable(vm);

@@ -45,6 +45,8 @@ void releaseSymbolTable(VMEngine* vm);
 void objectSend(VMEngine* vm, Item* object, const char* message, uint16_t count);
 void memvarReleaseAll(VMEngine* vm);
 void setListenersRelease(VMEngine* vm);
+// Closes the alternate, extra and printer files that SET left open.
+void setCloseOutputFiles(VMEngine* vm);
 // A new array of nil items with one holder, for an item to take over.
 BaseArray* arrayCreate(VMEngine* vm, uint32_t length);
 // The `argc` item pointers of a variadic host operation.

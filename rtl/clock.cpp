@@ -21,6 +21,19 @@ void returnCounter(VMEngine* vm, bool (*read)(int64_t*)) {
   itemPutND(vm, returnItem(vm), static_cast<double>(value));
 }
 
+// Sets the local clock from its current reading with the given fields
+// replaced by parameters 1, 2, ... in order; the logical parameter after them
+// is read and ignored.
+template <size_t N>
+void setLocalTimeFields(VMEngine* vm, int OsLocalTime::*const (&fields)[N]) {
+  OsLocalTime time;
+  osGetLocalTime(&time);
+  for (size_t i = 0; i < N; i++)
+    time.*fields[i] = paramGetNI(vm, static_cast<int>(i) + 1);
+  param(vm, static_cast<int>(N) + 1);
+  itemPutL(vm, returnItem(vm), osSetLocalTime(time));
+}
+
 }  // namespace
 
 KOVO_FUNC(SECONDS) {
@@ -56,25 +69,17 @@ KOVO_FUNC(WAITPERIOD) {
   itemPutL(vm, returnItem(vm), now < state.armedAt);
 }
 
-// The date is replaced, the time of day kept; the last parameter is read and ignored.
+// The date is replaced (parameter 3 is the day of the month, 4 the day of the
+// week), the time of day kept.
 KOVO_FUNC(SETNEWDATE) {
-  OsLocalTime time;
-  osGetLocalTime(&time);
-  time.year = paramGetNI(vm, 1);
-  time.month = paramGetNI(vm, 2);
-  time.day = paramGetNI(vm, 3);
-  time.dayOfWeek = paramGetNI(vm, 4);
-  param(vm, 5);
-  itemPutL(vm, returnItem(vm), osSetLocalTime(time));
+  static constexpr int OsLocalTime::*FIELDS[] = {&OsLocalTime::year, &OsLocalTime::month,
+                                                 &OsLocalTime::day, &OsLocalTime::dayOfWeek};
+  setLocalTimeFields(vm, FIELDS);
 }
 
 // The time of day is replaced, the date and the milliseconds kept.
 KOVO_FUNC(SETNEWTIME) {
-  OsLocalTime time;
-  osGetLocalTime(&time);
-  time.hour = paramGetNI(vm, 1);
-  time.minute = paramGetNI(vm, 2);
-  time.second = paramGetNI(vm, 3);
-  param(vm, 4);
-  itemPutL(vm, returnItem(vm), osSetLocalTime(time));
+  static constexpr int OsLocalTime::*FIELDS[] = {&OsLocalTime::hour, &OsLocalTime::minute,
+                                                 &OsLocalTime::second};
+  setLocalTimeFields(vm, FIELDS);
 }

@@ -35,12 +35,17 @@ constexpr std::array<SetHandler, HB_SET_COUNT> makeTable() {
                              HB_SET_AUTORDER, HB_SET_DBFLOCKSCHEME};
   for (int number : nonNegative)
     table[number] = setNonNegative;
-  const int strings[] = {HB_SET_PATH,      HB_SET_DEFAULT,   HB_SET_ALTFILE,    HB_SET_DEVICE,
-                         HB_SET_EXTRAFILE, HB_SET_PRINTFILE, HB_SET_DELIMCHARS, HB_SET_MFILEEXT};
+  const int strings[] = {HB_SET_DEFAULT, HB_SET_DEVICE, HB_SET_DELIMCHARS, HB_SET_MFILEEXT};
   for (int number : strings)
     table[number] = setString;
   table[HB_SET_EVENTMASK] = setNumeric;
   table[HB_SET_DATEFORMAT] = setDateFormat;
+  table[HB_SET_PATH] = setPath;
+  table[HB_SET_ALTFILE] = setAltFile;
+  table[HB_SET_EXTRAFILE] = setExtraFile;
+  table[HB_SET_PRINTER] = setPrinter;
+  table[HB_SET_PRINTFILE] = setPrintFile;
+  table[HB_SET_TRACEFILE] = setTraceFile;
   table[HB_SET_TYPEAHEAD] = setTypeahead;
   table[HB_SET_COLOR] = setColor;
   table[HB_SET_CURSOR] = setCursor;

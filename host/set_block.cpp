@@ -1,6 +1,8 @@
-// The set-change listeners of a context: a list that SET walks before and
-// after every change, and that native code joins and leaves.
+// What the settings block holds beside its values: the set-change listeners,
+// a list that SET walks before and after every change and that native code
+// joins and leaves, and the open output files.
 #include "internals.h"
+#include "kovo/host_files.h"
 #include "kovo/host_items.h"
 
 void setListenerAdd(VMEngine* vm, SetListenerCallback callback) {
@@ -30,4 +32,14 @@ void setListenersRelease(VMEngine* vm) {
     vm->set.listeners = node->next;
     vmFree(vm, node);
   }
+}
+
+void setCloseOutputFiles(VMEngine* vm) {
+  SetBlock& set = vm->set;
+  for (int32_t* handle : {&set.altHandle, &set.extraHandle}) {
+    if (*handle != FS_ERROR) close_text(vm, *handle);
+    *handle = FS_ERROR;
+  }
+  if (set.printHandle != FS_ERROR) close_binary(vm, set.printHandle);
+  set.printHandle = FS_ERROR;
 }
