@@ -92,6 +92,18 @@ TEST_F(SetFilesTest, NamingCreatesOrTruncatesInTheDefaultDirectory) {
   EXPECT_TRUE(errors.empty());
 }
 
+// Names take the Windows form: either separator, a directory in any letter case.
+TEST_F(SetFilesTest, NamesGoThroughTheWindowsNameSpace) {
+  std::filesystem::create_directory(directory / "SUB");
+  call(SET, {num(HB_SET_ALTFILE), str((directory / "sub\\Log").string())});
+  call(SET, {num(HB_SET_ALTFILE), nil()});
+  EXPECT_TRUE(std::filesystem::exists(directory / "SUB" / "Log.txt"));
+  write("SUB/Trace.log", "old");
+  call(SET, {num(HB_SET_TRACEFILE), str((directory / "sub\\trace.LOG").string())});
+  EXPECT_EQ(contents("SUB/Trace.log"), "");
+  EXPECT_FALSE(std::filesystem::exists(directory / "SUB" / "trace.LOG"));
+}
+
 TEST_F(SetFilesTest, TraceFileIsEmptiedInBothModes) {
   std::string name = (directory / "trace.log").string();
   for (bool option : {false, true}) {
