@@ -42,12 +42,12 @@ bool osSetFileTimes(VMEngine* vm, const char* name, const OsLocalTime& when, boo
                     bool haveTime);
 
 // Drive types as the program sees them.
-inline constexpr int DRIVE_RAM = 0;
-inline constexpr int DRIVE_REMOVABLE = 2;
-inline constexpr int DRIVE_FIXED = 3;
-inline constexpr int DRIVE_CDROM = 4;
-inline constexpr int DRIVE_REMOTE = 5;
-inline constexpr int DRIVE_OTHER = 9;
+inline constexpr int DRIVETYPE_RAM = 0;
+inline constexpr int DRIVETYPE_REMOVABLE = 2;
+inline constexpr int DRIVETYPE_FIXED = 3;
+inline constexpr int DRIVETYPE_CDROM = 4;
+inline constexpr int DRIVETYPE_REMOTE = 5;
+inline constexpr int DRIVETYPE_OTHER = 9;
 // The type of the drive of a root such as "C:\".
 int osDriveType(VMEngine* vm, const char* root);
 

@@ -128,21 +128,21 @@ bool osSetFileTimes(VMEngine* vm, const char* name, const OsLocalTime& when, boo
 int osDriveType(VMEngine* vm, const char* root) {
   NativeName native(vm, root);
   struct statfs info;
-  if (!native.text() || statfs(native.text(), &info) != 0) return DRIVE_OTHER;
+  if (!native.text() || statfs(native.text(), &info) != 0) return DRIVETYPE_OTHER;
   switch (static_cast<unsigned long>(info.f_type)) {
     case NFS_SUPER_MAGIC:
     case SMB_SUPER_MAGIC:
     case 0xFF534D42:  // CIFS
     case 0xFE534D42:  // SMB2
-      return DRIVE_REMOTE;
+      return DRIVETYPE_REMOTE;
     case ISOFS_SUPER_MAGIC:
     case 0x15013346:  // UDF
-      return DRIVE_CDROM;
+      return DRIVETYPE_CDROM;
     case TMPFS_MAGIC:
     case RAMFS_MAGIC:
-      return DRIVE_RAM;
+      return DRIVETYPE_RAM;
     default:
-      return DRIVE_FIXED;
+      return DRIVETYPE_FIXED;
   }
 }
 
