@@ -11,8 +11,8 @@ namespace {
 
 const char HEADER_500[] = "Windows Registry Editor Version 5.00";
 const char HEADER_4[] = "REGEDIT4";
-// regedit breaks hex lines past this column, going on after two blanks.
-constexpr size_t HEX_LINE_LIMIT = 76;
+// regedit breaks a hex line once its bytes reach this column, going on after two blanks.
+constexpr size_t HEX_LINE_LIMIT = 77;
 // regedit writes its hex digits in lower case.
 const char LOWER_HEX_DIGITS[] = "0123456789abcdef";
 
