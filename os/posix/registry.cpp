@@ -89,6 +89,17 @@ struct EnumCursor {
   std::string fold;
 };
 
+// A program asks for a value twice in a row, first for its size and then
+// for its bytes: the row read by the first call serves the second, as one
+// read at the moment of the first. Any other call of the store drops it.
+struct LastQuery {
+  bool valid = false;
+  uint32_t key = 0;
+  std::string fold;
+  uint32_t type = 0;
+  std::string data;
+};
+
 struct OpenKey {
   bool used = false;
   int64_t id = NO_KEY;
@@ -150,6 +161,7 @@ class Store {
   // Every operation holds this: the table of open keys and the connection
   // are shared by the threads of the process. Recursive for batches.
   std::recursive_mutex mutex;
+  LastQuery lastQuery;
 
   // The store named by the environment now, opened when needed; false (the
   // reason reported) when it cannot be used.
@@ -212,6 +224,8 @@ void makeParents(const std::string& path) {
 }
 
 bool Store::ready(VMEngine* vm) {
+  const char* chosen = std::getenv("KOVO_REGISTRY");
+  if (db_ && chosen && *chosen && path_ == chosen) return true;
   std::string path = storePath();
   if (db_ && path == path_) return true;
   close();
@@ -439,9 +453,10 @@ int32_t Store::walk(VMEngine* vm, int64_t from, const char* subKey, bool create,
 
 // The shape of every operation: the store is ready, the key is known.
 template <typename Work>
-int32_t withKey(VMEngine* vm, uint32_t key, Work work) {
+int32_t withKey(VMEngine* vm, uint32_t key, Work work, bool keepLastQuery = false) {
   Store& store = theStore();
   std::lock_guard<std::recursive_mutex> lock(store.mutex);
+  if (!keepLastQuery) store.lastQuery.valid = false;
   if (!store.ready(vm)) return REG_ERROR_BADDB;
   OpenKey* open = store.lookup(key);
   if (!open) return REG_ERROR_INVALID_HANDLE;
@@ -511,25 +526,36 @@ int32_t osRegCreateKeyEx(VMEngine* vm, uint32_t key, const char* subKey, const c
 
 int32_t osRegQueryValue(VMEngine* vm, uint32_t key, const char* name, uint32_t* type,
                         unsigned char* data, uint32_t* size) {
-  return withKey(vm, key, [&](Store& store, OpenKey& open) {
-    if (!(open.access & REG_KEY_QUERY_VALUE)) return REG_ERROR_ACCESS_DENIED;
-    const char* text = orEmpty(name);
-    Row row(store.statement(QUERY_VALUE));
-    int step = row.bind(1, open.id).bind(2, folded(text, std::strlen(text))).step();
-    if (step == SQLITE_DONE) return REG_ERROR_FILE_NOT_FOUND;
-    if (step != SQLITE_ROW) return store.failure(vm, "reading a value");
-    uint32_t stored = row.size(1);
-    *type = static_cast<uint32_t>(row.integer(0));
-    if (!data) {
-      *size = stored;
-      return REG_OK;
-    }
-    bool fits = stored <= *size;
-    *size = stored;
-    if (!fits) return REG_ERROR_MORE_DATA;
-    std::memcpy(data, row.bytes(1), stored);
-    return REG_OK;
-  });
+  return withKey(
+      vm, key,
+      [&](Store& store, OpenKey& open) {
+        if (!(open.access & REG_KEY_QUERY_VALUE)) return REG_ERROR_ACCESS_DENIED;
+        const char* text = orEmpty(name);
+        LastQuery& last = store.lastQuery;
+        std::string fold = folded(text, std::strlen(text));
+        if (!(data && last.valid && last.key == key && last.fold == fold)) {
+          Row row(store.statement(QUERY_VALUE));
+          int step = row.bind(1, open.id).bind(2, fold).step();
+          last.valid = false;
+          if (step == SQLITE_DONE) return REG_ERROR_FILE_NOT_FOUND;
+          if (step != SQLITE_ROW) return store.failure(vm, "reading a value");
+          last.type = static_cast<uint32_t>(row.integer(0));
+          last.data.assign(row.bytes(1), row.size(1));
+          last.key = key;
+          last.fold = std::move(fold);
+        }
+        // Kept for the call that fetches the bytes, and only for it.
+        last.valid = !data;
+        *type = last.type;
+        auto stored = static_cast<uint32_t>(last.data.size());
+        bool fits = data && stored <= *size;
+        *size = stored;
+        if (!data) return REG_OK;
+        if (!fits) return REG_ERROR_MORE_DATA;
+        std::memcpy(data, last.data.data(), stored);
+        return REG_OK;
+      },
+      true);
 }
 
 int32_t osRegSetValue(VMEngine* vm, uint32_t key, const char* name, uint32_t type,
