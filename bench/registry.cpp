@@ -34,53 +34,16 @@ const std::string& benchFolder() {
   return folder;
 }
 
-class Bench {
+// A frame bench whose store lives in this run's temporary folder.
+class Bench : public BenchFrame {
  public:
-  Bench() {
-    benchFolder();
-    vm_ = benchContext();
-  }
-  ~Bench() {
-    for (Item* item : items_)
-      xItemRelease(vm_, item);
-    for (ValueCell* cell : cells_)
-      cellRelease(cell);
-    vmDestroy(vm_);
-  }
-  DynSymbol* function(const char* name, VMFunction function) {
-    DynSymbol* symbol = xdynsymGet(vm_, name);
-    symbol->function = function;
-    return symbol;
-  }
-  Item* text(const std::string& bytes) {
-    return keep(
-        itemPutCL(vm_, itemNew(vm_, nullptr), bytes.data(), static_cast<uint32_t>(bytes.size())));
-  }
-  Item* number(int32_t value) { return keep(itemPutNL(vm_, itemNew(vm_, nullptr), value)); }
-  Item* nil() { return keep(itemNew(vm_, nullptr)); }
-  Item* reference() {
-    ValueCell* cell = cellNew(vm_, nullptr);
-    cells_.push_back(cell);
-    return keep(itemPutRef(vm_, itemNew(vm_, nullptr), cell));
-  }
-  Item* call(DynSymbol* symbol, std::initializer_list<Item*> args) {
-    return benchCall(vm_, symbol, args);
-  }
+  Bench() : BenchFrame() { benchFolder(); }
   // A key below HKEY_CURRENT_USER, opened; its handle as an item.
   Item* key(const std::string& path) {
     Item* handle = reference();
     call(function("REGCREATEKEY", REGCREATEKEY), {number(CURRENT_USER), text(path), handle});
-    return keep(itemPutNL(vm_, itemNew(vm_, nullptr), itemGetNL(itemUnRef(vm_, handle))));
+    return keep(itemPutNL(vm(), itemNew(vm(), nullptr), itemGetNL(itemUnRef(vm(), handle))));
   }
-
- private:
-  Item* keep(Item* item) {
-    items_.push_back(item);
-    return item;
-  }
-  VMEngine* vm_;
-  std::vector<Item*> items_;
-  std::vector<ValueCell*> cells_;
 };
 
 void BM_RegQueryValueEx(benchmark::State& state) {

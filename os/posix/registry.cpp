@@ -480,6 +480,26 @@ int32_t copyName(const char* name, uint32_t size, char* buffer, uint32_t* length
   return REG_OK;
 }
 
+// Steps to the row at `index` below `parent` (from the cursor when it stands
+// just before) and hands it to `use`.
+template <typename Use>
+int32_t enumerate(VMEngine* vm, Store& store, EnumCursor& cursor, int64_t parent, uint32_t index,
+                  Statement at, Statement after, int foldColumn, const char* action, Use use) {
+  bool next = cursor.valid && index == cursor.index + 1;
+  Row row(store.statement(next ? after : at));
+  row.bind(1, parent);
+  if (next) {
+    row.bind(2, cursor.fold);
+  } else {
+    row.bind(2, static_cast<int64_t>(index));
+  }
+  int step = row.step();
+  if (step == SQLITE_DONE) return REG_ERROR_NO_MORE_ITEMS;
+  if (step != SQLITE_ROW) return store.failure(vm, action);
+  cursor = EnumCursor{true, index, std::string(row.bytes(foldColumn), row.size(foldColumn))};
+  return use(row);
+}
+
 }  // namespace
 
 int32_t osRegOpenKey(VMEngine* vm, uint32_t key, const char* subKey, uint32_t access,
@@ -584,22 +604,12 @@ int32_t osRegEnumKey(VMEngine* vm, uint32_t key, uint32_t index, char* name, uin
                      char* className, uint32_t* classLength) {
   return withKey(vm, key, [&](Store& store, OpenKey& open) {
     if (!(open.access & REG_KEY_ENUMERATE_SUB_KEYS)) return REG_ERROR_ACCESS_DENIED;
-    bool next = open.keys.valid && index == open.keys.index + 1;
-    Row row(store.statement(next ? KEY_AFTER : KEY_AT));
-    row.bind(1, open.id);
-    if (next) {
-      row.bind(2, open.keys.fold);
-    } else {
-      row.bind(2, static_cast<int64_t>(index));
-    }
-    int step = row.step();
-    if (step == SQLITE_DONE) return REG_ERROR_NO_MORE_ITEMS;
-    if (step != SQLITE_ROW) return store.failure(vm, "listing keys");
-    open.keys = EnumCursor{true, index, std::string(row.bytes(2), row.size(2))};
-    int32_t result = copyName(row.bytes(0), row.size(0), name, nameLength);
-    if (result != REG_OK) return result;
-    if (!classLength) return REG_OK;
-    return copyName(row.bytes(1), row.size(1), className, classLength);
+    return enumerate(vm, store, open.keys, open.id, index, KEY_AT, KEY_AFTER, 2, "listing keys",
+                     [&](Row& row) {
+                       int32_t result = copyName(row.bytes(0), row.size(0), name, nameLength);
+                       if (result != REG_OK || !classLength) return result;
+                       return copyName(row.bytes(1), row.size(1), className, classLength);
+                     });
   });
 }
 
@@ -607,28 +617,19 @@ int32_t osRegEnumValue(VMEngine* vm, uint32_t key, uint32_t index, char* name, u
                        uint32_t* type, unsigned char* data, uint32_t* size) {
   return withKey(vm, key, [&](Store& store, OpenKey& open) {
     if (!(open.access & REG_KEY_QUERY_VALUE)) return REG_ERROR_ACCESS_DENIED;
-    bool next = open.values.valid && index == open.values.index + 1;
-    Row row(store.statement(next ? VALUE_AFTER : VALUE_AT));
-    row.bind(1, open.id);
-    if (next) {
-      row.bind(2, open.values.fold);
-    } else {
-      row.bind(2, static_cast<int64_t>(index));
-    }
-    int step = row.step();
-    if (step == SQLITE_DONE) return REG_ERROR_NO_MORE_ITEMS;
-    if (step != SQLITE_ROW) return store.failure(vm, "listing values");
-    open.values = EnumCursor{true, index, std::string(row.bytes(3), row.size(3))};
-    int32_t result = copyName(row.bytes(0), row.size(0), name, nameLength);
-    if (result != REG_OK) return result;
-    *type = static_cast<uint32_t>(row.integer(1));
-    uint32_t stored = row.size(2);
-    bool fits = data && stored <= *size;
-    *size = stored;
-    if (!data) return REG_OK;
-    if (!fits) return REG_ERROR_MORE_DATA;
-    std::memcpy(data, row.bytes(2), stored);
-    return REG_OK;
+    return enumerate(vm, store, open.values, open.id, index, VALUE_AT, VALUE_AFTER, 3,
+                     "listing values", [&](Row& row) {
+                       int32_t result = copyName(row.bytes(0), row.size(0), name, nameLength);
+                       if (result != REG_OK) return result;
+                       *type = static_cast<uint32_t>(row.integer(1));
+                       uint32_t stored = row.size(2);
+                       bool fits = data && stored <= *size;
+                       *size = stored;
+                       if (!data) return REG_OK;
+                       if (!fits) return REG_ERROR_MORE_DATA;
+                       std::memcpy(data, row.bytes(2), stored);
+                       return REG_OK;
+                     });
   });
 }
 

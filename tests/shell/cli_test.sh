@@ -8,27 +8,7 @@ failures=0
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-check() {  # name, expected output, command...
-  local name=$1 expected=$2
-  shift 2
-  local actual
-  actual=$("$@" 2>&1)
-  if [ "$actual" != "$expected" ]; then
-    printf 'FAIL %s\n  expected: %s\n  actual:   %s\n' "$name" "$expected" "$actual"
-    failures=$((failures + 1))
-  fi
-}
-
-check_status() {  # name, expected status, command...
-  local name=$1 expected=$2
-  shift 2
-  "$@" > /dev/null 2>&1
-  local status=$?
-  if [ "$status" != "$expected" ]; then
-    printf 'FAIL %s: exit status %s, expected %s\n' "$name" "$status" "$expected"
-    failures=$((failures + 1))
-  fi
-}
+. "$(dirname "$0")/checks.sh"
 
 check valtype '"A"' "$kovo" -e 'VALTYPE({1})'
 check isnull 'ERROR sev=2 gen=1 sub=BASE/1111 op="HB_ISNULL" args=(0) flags=S os=0 desc="Argument error"

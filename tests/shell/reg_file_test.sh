@@ -10,16 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export KOVO_REGISTRY=$work/first/registry.db
 
-check() {  # name, expected output, command...
-  local name=$1 expected=$2
-  shift 2
-  local actual
-  actual=$("$@" 2>&1)
-  if [ "$actual" != "$expected" ]; then
-    printf 'FAIL %s\n  expected: %s\n  actual:   %s\n' "$name" "$expected" "$actual"
-    failures=$((failures + 1))
-  fi
-}
+. "$(dirname "$0")/checks.sh"
 
 # a UTF-16 file of the 5.00 form; a REGEDIT4 file in CP1251
 check import-500 '' "$kovo" --reg-import "$samples/regedit5.reg"
@@ -63,14 +54,6 @@ check deleted '-1 NIL 0' "$kovo" -e '
 printf 'REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\Software\\Partial]\r\n"ok"="yes"\r\n"bad"=dword:xyz\r\n' > "$work/bad.reg"
 check bad-line "REPORT \"$work/bad.reg: line 5: dword: needs one to eight hex digits; nothing was imported\"" \
   "$kovo" --reg-import "$work/bad.reg"
-check_status() {  # name, expected status, command...
-  "${@:3}" > /dev/null 2>&1
-  local status=$?
-  if [ "$status" != "$2" ]; then
-    printf 'FAIL %s: exit status %s, expected %s\n' "$1" "$status" "$2"
-    failures=$((failures + 1))
-  fi
-}
 check_status bad-status 1 "$kovo" --reg-import "$work/bad.reg"
 check bad-changed-nothing '-1' "$kovo" -e 'REGOPENKEYEX(0x80000001, "Software\Partial", , 0, @h)'
 printf 'Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Software\\Partial]\r\n"Name"="\xe6\x97\xa5"\r\n' |
