@@ -119,10 +119,8 @@ std::string folded(const char* name, size_t length) {
 class Row {
  public:
   explicit Row(sqlite3_stmt* statement) : statement_(statement) {}
-  ~Row() {
-    sqlite3_reset(statement_);
-    sqlite3_clear_bindings(statement_);
-  }
+  // Every use binds all parameters again, so the old bindings may stay.
+  ~Row() { sqlite3_reset(statement_); }
   Row(const Row&) = delete;
   Row& operator=(const Row&) = delete;
 
