@@ -251,6 +251,68 @@ TEST_F(RegistryStore, ABatchThatFailsLeavesNothingBehind) {
             REG_ERROR_FILE_NOT_FOUND);
 }
 
+TEST_F(RegistryStore, WithoutKovoRegistryTheStoreIsTheUsersDataFolder) {
+  // Each a setting of the variables, and where the store must then be made.
+  const std::pair<std::pair<const char*, const char*>, const char*> cases[] = {
+      {{"XDG_DATA_HOME", "/xdg"}, "/xdg/kovo/registry.db"},
+      {{"HOME", "/home"}, "/home/.local/share/kovo/registry.db"},
+  };
+  const char* saved[] = {std::getenv("XDG_DATA_HOME"), std::getenv("HOME")};
+  std::string savedValues[] = {saved[0] ? saved[0] : "", saved[1] ? saved[1] : ""};
+  unsetenv("KOVO_REGISTRY");
+  for (const auto& [variable, expected] : cases) {
+    unsetenv("XDG_DATA_HOME");
+    setenv(variable.first, (dir_ + variable.second).c_str(), 1);
+    uint32_t key = 0;
+    EXPECT_EQ(osRegCreateKey(vm, HKEY_CURRENT_USER_KEY, "Made", &key), REG_OK);
+    EXPECT_TRUE(std::filesystem::exists(dir_ + expected)) << expected;
+  }
+  // Back to this test's own store before the user's variables come back.
+  setenv("KOVO_REGISTRY", path_.c_str(), 1);
+  uint32_t key = 0;
+  osRegCreateKey(vm, HKEY_CURRENT_USER_KEY, "Back", &key);
+  for (int i = 0; i < 2; i++) {
+    const char* name = i == 0 ? "XDG_DATA_HOME" : "HOME";
+    if (saved[i]) {
+      setenv(name, savedValues[i].c_str(), 1);
+    } else {
+      unsetenv(name);
+    }
+  }
+}
+
+TEST_F(RegistryStore, FailuresCarryWin32sCodes) {
+  uint32_t parent = 0;
+  uint32_t child = 0;
+  uint32_t reader = 0;
+  ASSERT_EQ(osRegCreateKey(vm, HKEY_CURRENT_USER_KEY, "P\\C", &child), REG_OK);
+  ASSERT_EQ(osRegOpenKey(vm, HKEY_CURRENT_USER_KEY, "P", REG_KEY_ALL_ACCESS, &parent), REG_OK);
+  ASSERT_EQ(osRegOpenKey(vm, HKEY_CURRENT_USER_KEY, "P", 0x20019, &reader), REG_OK);
+  char name[4];
+  uint32_t length = sizeof name;
+  uint32_t type = 0;
+  uint32_t size = 0;
+  ASSERT_EQ(setText(vm, child, "v", "0123456789"), REG_OK);
+  unsigned char small[4];
+  size = sizeof small;
+  const std::pair<int32_t, int32_t> cases[] = {
+      {osRegDeleteKey(vm, HKEY_CURRENT_USER_KEY, "P"), REG_ERROR_ACCESS_DENIED},
+      {osRegDeleteKey(vm, HKEY_CURRENT_USER_KEY, "Q"), REG_ERROR_FILE_NOT_FOUND},
+      {setText(vm, reader, "v", "x"), REG_ERROR_ACCESS_DENIED},
+      {osRegDeleteValue(vm, reader, "v"), REG_ERROR_ACCESS_DENIED},
+      {osRegDeleteValue(vm, child, "none"), REG_ERROR_FILE_NOT_FOUND},
+      {osRegQueryValue(vm, child, "v", &type, small, &size), REG_ERROR_MORE_DATA},
+      {static_cast<int32_t>(size), 11},
+      {osRegEnumKey(vm, parent, 1, name, &length, nullptr, nullptr), REG_ERROR_NO_MORE_ITEMS},
+      {osRegCloseKey(vm, 12345), REG_ERROR_INVALID_HANDLE},
+      {osRegCreateKey(vm, 0x80000004u, "A", &child), REG_ERROR_INVALID_HANDLE},
+  };
+  for (size_t i = 0; i < std::size(cases); i++)
+    EXPECT_EQ(cases[i].first, cases[i].second) << "case " << i;
+  length = 1;
+  EXPECT_EQ(osRegEnumKey(vm, parent, 0, name, &length, nullptr, nullptr), REG_ERROR_MORE_DATA);
+}
+
 // ---- The character map and the case of names ---------------------------------------
 
 TEST(Cp1251, EveryByteGoesToUnicodeAndBack) {
