@@ -437,7 +437,9 @@ int32_t Store::walk(VMEngine* vm, int64_t from, const char* subKey, bool create,
       std::string name(level, length);
       Row insert(statement(INSERT_KEY));
       insert.bind(1, id).bind(2, name).bind(3, fold);
-      insert.bind(4, stop == end ? className : std::string());
+      // Only the last level gets the class; the bytes must outlive the step.
+      static const std::string noClass;
+      insert.bind(4, stop == end ? className : noClass);
       if (insert.step() != SQLITE_DONE) return failure(vm, "making a key");
       id = sqlite3_last_insert_rowid(sqlite3_db_handle(statement(INSERT_KEY)));
       made = true;
