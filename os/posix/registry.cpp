@@ -189,6 +189,7 @@ class Store {
   sqlite3* db_ = nullptr;
   sqlite3_stmt* statements_[STATEMENT_COUNT] = {};
   std::vector<OpenKey> handles_;
+  OpenKey roots_[8];
   std::vector<uint32_t> freeHandles_;
   int batchDepth_ = 0;
   bool batchFailed_ = false;
@@ -241,6 +242,8 @@ void Store::close() {
   // Handles of another store mean nothing here.
   handles_.clear();
   freeHandles_.clear();
+  for (OpenKey& root : roots_)
+    root = OpenKey{};
   batchDepth_ = 0;
 }
 
@@ -336,15 +339,17 @@ int32_t Store::failure(VMEngine* vm, const char* action) {
 
 // Root keys have the fixed rows 1 to 6 (their low bits plus one).
 OpenKey* Store::lookup(uint32_t key) {
-  static OpenKey roots[6];
   switch (key) {
     case HKEY_CLASSES_ROOT_KEY:
     case HKEY_CURRENT_USER_KEY:
     case HKEY_LOCAL_MACHINE_KEY:
     case HKEY_USERS_KEY:
     case HKEY_CURRENT_CONFIG_KEY: {
-      OpenKey& root = roots[key & 7];
-      root = OpenKey{true, static_cast<int64_t>(key & 7) + 1, REG_KEY_ALL_ACCESS, {}, {}};
+      // A root keeps its enumeration cursor, as an open key does.
+      OpenKey& root = roots_[key & 7];
+      if (!root.used) {
+        root = OpenKey{true, static_cast<int64_t>(key & 7) + 1, REG_KEY_ALL_ACCESS, {}, {}};
+      }
       return &root;
     }
     default:
