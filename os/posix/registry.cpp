@@ -292,7 +292,8 @@ bool Store::prepareSchema(VMEngine* vm) {
                          -1, &probe, nullptr) != SQLITE_OK) {
     std::string why = sqlite3_errmsg(db_);
     sqlite3_finalize(probe);
-    return refuse(vm, "not a registry database (" + why + "); the file is left as it is");
+    return refuse(vm,
+                  "damaged or not a registry database (" + why + "); the file is left as it is");
   }
   int step = sqlite3_step(probe);
   int64_t application = sqlite3_column_int64(probe, 0);
@@ -301,7 +302,8 @@ bool Store::prepareSchema(VMEngine* vm) {
   std::string why = sqlite3_errmsg(db_);
   sqlite3_finalize(probe);
   if (step != SQLITE_ROW) {
-    return refuse(vm, "not a registry database (" + why + "); the file is left as it is");
+    return refuse(vm,
+                  "damaged or not a registry database (" + why + "); the file is left as it is");
   }
   if (application == STORE_APPLICATION_ID) {
     if (version > STORE_SCHEMA_VERSION) return refuse(vm, "written by a newer version");

@@ -75,10 +75,18 @@ check late-changed-nothing '0' "$kovo" -e 'REGOPENKEYEX(0x80000001, "Software\Ko
 printf 'not a database, but somebody'"'"'s file\n' > "$work/foreign.db"
 cp "$work/foreign.db" "$work/foreign.copy"
 export KOVO_REGISTRY=$work/foreign.db
-check refused "REPORT \"registry store $work/foreign.db refused: not a registry database (file is not a database); the file is left as it is\"
-REPORT \"registry store $work/foreign.db refused: not a registry database (file is not a database); the file is left as it is\"
+check refused "REPORT \"registry store $work/foreign.db refused: damaged or not a registry database (file is not a database); the file is left as it is\"
+REPORT \"registry store $work/foreign.db refused: damaged or not a registry database (file is not a database); the file is left as it is\"
 1009 NIL -1" "$kovo" -e 'h := NIL; ? REGCREATEKEY(0x80000001, "A", @h), h, REGCLOSEKEY(0x80000001)'
 cmp -s "$work/foreign.db" "$work/foreign.copy" || { echo 'FAIL the foreign file was changed'; failures=$((failures + 1)); }
+# a registry store whose first page is damaged: the same
+export KOVO_REGISTRY=$work/damaged.db
+check made '0' "$kovo" -e 'REGCREATEKEY(0x80000001, "A", @h)'
+yes | head -c 3072 | dd of="$work/damaged.db" bs=1024 seek=1 conv=notrunc 2> /dev/null
+cp "$work/damaged.db" "$work/damaged.copy"
+check damaged "REPORT \"registry store $work/damaged.db refused: damaged or not a registry database (database disk image is malformed); the file is left as it is\"
+-1" "$kovo" -e 'REGOPENKEYEX(0x80000001, "A", , 0, @h)'
+cmp -s "$work/damaged.db" "$work/damaged.copy" || { echo 'FAIL the damaged file was changed'; failures=$((failures + 1)); }
 
 if [ "$failures" -ne 0 ]; then
   echo "$failures failed"
