@@ -67,8 +67,9 @@ printf 'Windows Registry Editor Version 5.00\r\n' > "$work/ansi500.reg"
 check header "REPORT e\"$work/ansi500.reg: line 1: an ANSI file must begin with \\\"REGEDIT4\\\"; nothing was imported\"" \
   "$kovo" --reg-import "$work/ansi500.reg"
 # one transaction: a key deleted early in a file that fails later is still there
-printf 'REGEDIT4\r\n\r\n[-HKEY_CURRENT_USER\\Software\\Kovo Four]\r\n[HKCU\\X]\r\n"v"=hex:1\r\n' > "$work/late.reg"
-check_status late-error 1 "$kovo" --reg-import "$work/late.reg"
+printf 'REGEDIT4\r\n\r\n[-HKEY_CURRENT_USER\\Software\\Kovo Four]\r\n[HKCU\\%0300d]\r\n' 0 > "$work/late.reg"
+check late-error "REPORT \"$work/late.reg: line 4: the registry refused it with code 87\"" \
+  "$kovo" --reg-import "$work/late.reg"
 check late-changed-nothing '0' "$kovo" -e 'REGOPENKEYEX(0x80000001, "Software\Kovo Four", , 0, @h)'
 
 # a file that is no registry store is refused, reported and never overwritten
