@@ -22,10 +22,6 @@ namespace {
 // Marks a database as a registry store ("KvRg"); anything else is left alone.
 constexpr int32_t STORE_APPLICATION_ID = 0x4B765267;
 constexpr int32_t STORE_SCHEMA_VERSION = 1;
-constexpr int BUSY_TIMEOUT_MS = 30000;
-// Win32 limits a key name's level to 255 characters.
-constexpr size_t MAX_KEY_LEVEL = 255;
-constexpr int64_t NO_KEY = 0;
 
 const char SCHEMA[] =
     "CREATE TABLE keys(id INTEGER PRIMARY KEY, parent INTEGER NOT NULL, name BLOB NOT NULL,"
@@ -99,6 +95,8 @@ struct LastQuery {
   uint32_t type = 0;
   std::string data;
 };
+
+constexpr int64_t NO_KEY = 0;
 
 struct OpenKey {
   bool used = false;
@@ -259,7 +257,9 @@ bool Store::open(VMEngine* vm) {
       SQLITE_OK) {
     return refuse(vm, db_ ? sqlite3_errmsg(db_) : "out of memory");
   }
-  sqlite3_busy_timeout(db_, BUSY_TIMEOUT_MS);
+  // How long a call waits for another process's write before it gives up.
+  constexpr int busyTimeoutMs = 30000;
+  sqlite3_busy_timeout(db_, busyTimeoutMs);
   if (!prepareSchema(vm)) return false;
   // Readers never wait for the writer, and a commit is durable against the
   // process dying once the log has it.
@@ -408,6 +408,9 @@ int32_t Store::batch(VMEngine* vm, int32_t (*work)(VMEngine*, void*), void* carg
   if (db_) Row(statement(ROLLBACK)).step();
   return result != 0 ? result : REG_ERROR_BADDB;
 }
+
+// Win32 limits a key name's level to 255 characters.
+constexpr size_t MAX_KEY_LEVEL = 255;
 
 int32_t Store::walk(VMEngine* vm, int64_t from, const char* subKey, bool create,
                     const std::string& className, int64_t* found, bool* created) {
