@@ -10,6 +10,7 @@
 #include "../file_context.h"
 #include "name_space.h"
 #include "os_errors.h"
+#include "read_ahead.h"
 #include "sharing.h"
 
 namespace {
@@ -23,7 +24,14 @@ constexpr uint8_t MAY_WRITE = 2;
 std::atomic<uint8_t> handleAccess[TRACKED_HANDLES];
 
 void trackHandle(int fd, uint8_t access) {
-  if (fd >= 0 && fd < TRACKED_HANDLES) handleAccess[fd].store(access, std::memory_order_relaxed);
+  if (fd < 0 || fd >= TRACKED_HANDLES) return;
+  handleAccess[fd].store(access, std::memory_order_relaxed);
+  readAheadDrop(fd);
+}
+
+bool readOnly(FHANDLE fd) {
+  return fd >= 0 && fd < TRACKED_HANDLES &&
+         handleAccess[fd].load(std::memory_order_relaxed) == MAY_READ;
 }
 
 // Whether the layer opened `fd` without the access `wanted`.
@@ -95,7 +103,10 @@ FHANDLE fsCreate(VMEngine* vm, const char* name, uint32_t attribute) {
   if (fd < 0) return failWith(vm, windowsCode(errno));
   FHANDLE handle = admit(vm, fd, FO_READWRITE, !existed);
   if (handle == FS_ERROR) return handle;
-  if (existed && ftruncate(fd, 0) != 0) return failWith(vm, windowsCode(errno), fd);
+  if (existed) {
+    readAheadInvalidate();
+    if (ftruncate(fd, 0) != 0) return failWith(vm, windowsCode(errno), fd);
+  }
   if (attribute & (FA_HIDDEN | FA_SYSTEM)) fsNativeSetAttributes(target.path.c_str(), attribute);
   return handle;
 }
@@ -116,6 +127,13 @@ uint32_t readAll(VMEngine* vm, FHANDLE handle, void* buffer, uint32_t count) {
   if (count == 0 && read(handle, nullptr, 0) < 0) return failWith(vm, windowsCode(errno)), 0;
   auto* out = static_cast<char*>(buffer);
   uint32_t done = 0;
+  if (readOnly(handle)) {
+    if (!readAheadRead(handle, out, count, &done))
+      fileFailure(vm, windowsCode(errno));
+    else
+      fileSuccess(vm);
+    return done;
+  }
   while (done < count) {
     ssize_t got = read(handle, out + done, count - done);
     if (got < 0) {
@@ -133,6 +151,7 @@ uint32_t readAll(VMEngine* vm, FHANDLE handle, void* buffer, uint32_t count) {
 // A write of no bytes cuts the file at the current position, as DOS did.
 uint32_t writeAll(VMEngine* vm, FHANDLE handle, const void* buffer, uint32_t count) {
   if (refused(handle, MAY_WRITE)) return failWith(vm, FS_ACCESS_DENIED), 0;
+  readAheadInvalidate();
   if (count == 0) {
     off_t here = lseek(handle, 0, SEEK_CUR);
     if (here < 0 || ftruncate(handle, here) != 0) {
@@ -178,6 +197,11 @@ uint32_t fsWriteLarge(VMEngine* vm, FHANDLE handle, const void* buffer, uint32_t
 int64_t fsSeekLarge(VMEngine* vm, FHANDLE handle, int64_t offset, uint16_t origin) {
   static const int WHENCE[] = {SEEK_SET, SEEK_CUR, SEEK_END};
   if (origin > FS_END) return failWith(vm, WIN_INVALID_PARAMETER);
+  int64_t ahead;
+  if (readOnly(handle) && readAheadSeek(handle, offset, WHENCE[origin], &ahead)) {
+    fileSuccess(vm);
+    return ahead;
+  }
   off_t position = lseek(handle, offset, WHENCE[origin]);
   if (position < 0) {
     // Before the start of the file: Windows's own code for it.
