@@ -75,6 +75,10 @@ double fastest(const std::vector<double>& runs) {
   return *std::min_element(runs.begin(), runs.end());
 }
 
+void bestOfFive(benchmark::internal::Benchmark* bench) {
+  bench->Unit(benchmark::kMillisecond)->Repetitions(5)->ComputeStatistics("min", fastest);
+}
+
 // Wall time of a shell command, as a manual-time benchmark.
 void shellCommand(benchmark::State& state, const std::string& command) {
   for (auto _ : state) {
@@ -97,20 +101,12 @@ void BM_MEMOREAD_64MiB(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * MEMO_SIZE);
   xItemRelease(caller.vm, name);
 }
-BENCHMARK(BM_MEMOREAD_64MiB)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
-    ->Repetitions(5)
-    ->ComputeStatistics("min", fastest);
+BENCHMARK(BM_MEMOREAD_64MiB)->UseRealTime()->Apply(bestOfFive);
 
 void BM_cat_64MiB(benchmark::State& state) {
   shellCommand(state, "cat " + files().memoPath() + " > /dev/null");
 }
-BENCHMARK(BM_cat_64MiB)
-    ->Unit(benchmark::kMillisecond)
-    ->UseManualTime()
-    ->Repetitions(5)
-    ->ComputeStatistics("min", fastest);
+BENCHMARK(BM_cat_64MiB)->UseManualTime()->Apply(bestOfFive);
 
 void BM_MEMOWRIT_64MiB(benchmark::State& state) {
   Caller caller(MEMOWRIT);
@@ -124,20 +120,12 @@ void BM_MEMOWRIT_64MiB(benchmark::State& state) {
   xItemRelease(caller.vm, name);
   xItemRelease(caller.vm, text);
 }
-BENCHMARK(BM_MEMOWRIT_64MiB)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
-    ->Repetitions(5)
-    ->ComputeStatistics("min", fastest);
+BENCHMARK(BM_MEMOWRIT_64MiB)->UseRealTime()->Apply(bestOfFive);
 
 void BM_cp_64MiB(benchmark::State& state) {
   shellCommand(state, "cp " + files().memoPath() + " " + files().copyPath());
 }
-BENCHMARK(BM_cp_64MiB)
-    ->Unit(benchmark::kMillisecond)
-    ->UseManualTime()
-    ->Repetitions(5)
-    ->ComputeStatistics("min", fastest);
+BENCHMARK(BM_cp_64MiB)->UseManualTime()->Apply(bestOfFive);
 
 // Every line of the 100 MB file, as a program's loop reads them.
 void BM_HB_FREADLINE_100MB(benchmark::State& state) {
@@ -158,11 +146,7 @@ void BM_HB_FREADLINE_100MB(benchmark::State& state) {
   xItemRelease(caller.vm, line);
   xItemRelease(caller.vm, handle);
 }
-BENCHMARK(BM_HB_FREADLINE_100MB)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
-    ->Repetitions(5)
-    ->ComputeStatistics("min", fastest);
+BENCHMARK(BM_HB_FREADLINE_100MB)->UseRealTime()->Apply(bestOfFive);
 
 [[maybe_unused]] const bool PYTHON_LINES = [] {
   registerPythonReference("BM_python_for_line_in_file_100MB", "",

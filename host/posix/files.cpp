@@ -122,30 +122,39 @@ void fsClose(VMEngine* vm, FHANDLE handle) {
 
 namespace {
 
-uint32_t readAll(VMEngine* vm, FHANDLE handle, void* buffer, uint32_t count) {
-  if (refused(handle, MAY_READ)) return failWith(vm, FS_ACCESS_DENIED), 0;
-  if (count == 0 && read(handle, nullptr, 0) < 0) return failWith(vm, windowsCode(errno)), 0;
-  auto* out = static_cast<char*>(buffer);
+// Moves up to `count` bytes with `step` (a read or a write at an offset into
+// the buffer), again after an interruption; the failure goes to the cell.
+template <typename Step>
+uint32_t moveAll(VMEngine* vm, uint32_t count, Step step) {
   uint32_t done = 0;
-  if (readOnly(handle)) {
-    if (!readAheadRead(handle, out, count, &done))
-      fileFailure(vm, windowsCode(errno));
-    else
-      fileSuccess(vm);
-    return done;
-  }
   while (done < count) {
-    ssize_t got = read(handle, out + done, count - done);
-    if (got < 0) {
+    ssize_t moved = step(done);
+    if (moved < 0) {
       if (errno == EINTR) continue;
       fileFailure(vm, windowsCode(errno));
       return done;
     }
-    if (got == 0) break;
-    done += static_cast<uint32_t>(got);
+    if (moved == 0) break;
+    done += static_cast<uint32_t>(moved);
   }
   fileSuccess(vm);
   return done;
+}
+
+uint32_t readAll(VMEngine* vm, FHANDLE handle, void* buffer, uint32_t count) {
+  if (refused(handle, MAY_READ)) return failWith(vm, FS_ACCESS_DENIED), 0;
+  if (count == 0 && read(handle, nullptr, 0) < 0) return failWith(vm, windowsCode(errno)), 0;
+  auto* out = static_cast<char*>(buffer);
+  if (readOnly(handle)) {
+    uint32_t done = 0;
+    if (readAheadRead(handle, out, count, &done)) {
+      fileSuccess(vm);
+    } else {
+      fileFailure(vm, windowsCode(errno));
+    }
+    return done;
+  }
+  return moveAll(vm, count, [&](uint32_t done) { return read(handle, out + done, count - done); });
 }
 
 // A write of no bytes cuts the file at the current position, as DOS did.
@@ -162,18 +171,7 @@ uint32_t writeAll(VMEngine* vm, FHANDLE handle, const void* buffer, uint32_t cou
     return 0;
   }
   const auto* in = static_cast<const char*>(buffer);
-  uint32_t done = 0;
-  while (done < count) {
-    ssize_t put = write(handle, in + done, count - done);
-    if (put < 0) {
-      if (errno == EINTR) continue;
-      fileFailure(vm, windowsCode(errno));
-      return done;
-    }
-    done += static_cast<uint32_t>(put);
-  }
-  fileSuccess(vm);
-  return done;
+  return moveAll(vm, count, [&](uint32_t done) { return write(handle, in + done, count - done); });
 }
 
 }  // namespace
