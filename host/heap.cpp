@@ -30,24 +30,10 @@ void* startBlock(BlockHeader* header, Heap* heap, size_t size, size_t sizeClass)
   return header ? startBlock(header, heap, size, sizeClass) : nullptr;
 }
 
-// The kept large block when `size` fills at least half of it.
-BlockHeader* takeLarge(Heap* heap, size_t size) {
-  BlockHeader* header = heap->keptLarge;
-  if (!header || size > header->size || size < header->size / 2) return nullptr;
-  heap->keptLarge = nullptr;
-  return header;
-}
-
 // A block of `size` bytes: a kept one of its class when there is one (zeroed
 // unless `zero` is false), else a new, zero-filled one.
 void* allocate(Heap* heap, size_t size, bool zero) {
   size_t sizeClass = sizeClassOf(size);
-  if (!sizeClass && size >= SMALLEST_LARGE_KEPT) {
-    if (BlockHeader* large = takeLarge(heap, size)) {
-      if (zero) std::memset(large + 1, 0, size);
-      return startBlock(large, heap, size, 0);
-    }
-  }
   BlockHeader* header = sizeClass ? heap->kept[sizeClass] : nullptr;
   if (!header) return allocateNew(heap, size, sizeClass);
   heap->kept[sizeClass] = *reinterpret_cast<BlockHeader**>(header + 1);
@@ -65,11 +51,6 @@ void heapFree(void* block) {
     *reinterpret_cast<BlockHeader**>(header + 1) = heap->kept[sizeClass];
     heap->kept[sizeClass] = header;
     heap->keptCount[sizeClass]++;
-    return;
-  }
-  if (sizeClass == 0 && header->size >= SMALLEST_LARGE_KEPT && header->size <= LARGEST_KEPT) {
-    std::free(heap->keptLarge);
-    heap->keptLarge = header;
     return;
   }
   std::free(header);
@@ -93,8 +74,6 @@ void heapReleaseKept(Heap* heap) {
     }
     heap->keptCount[sizeClass] = 0;
   }
-  std::free(heap->keptLarge);
-  heap->keptLarge = nullptr;
 }
 
 void* vmTryAlloc(VMEngine* vm, size_t size) {
@@ -110,7 +89,7 @@ void* vmAlloc(VMEngine* vm, size_t size) {
 namespace {
 
 void* reallocate(VMEngine* vm, void* block, size_t size, bool zero) {
-  if (!block) return zero ? vmTryAlloc(vm, size) : heapAllocFilled(vm->heap, size);
+  if (!block) return vmTryAlloc(vm, size);
   if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
   BlockHeader* header = blockHeader(block);
   size_t oldSize = header->size;

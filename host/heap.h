@@ -16,15 +16,9 @@ inline constexpr size_t SIZE_CLASS_COUNT = 16;  // blocks of up to 256 bytes are
 // Under the address sanitizer every block goes back at once, so that a use
 // after free is caught.
 inline constexpr size_t KEPT_PER_CLASS = 0;
-inline constexpr size_t LARGEST_KEPT = 0;
 #else
 inline constexpr size_t KEPT_PER_CLASS = 4096;
-// One freed block of at least SMALLEST_LARGE_KEPT bytes is kept as well: a
-// program that reads whole files in a loop would otherwise fault in fresh
-// pages for every one, which costs more than reading them.
-inline constexpr size_t LARGEST_KEPT = size_t{256} << 20;
 #endif
-inline constexpr size_t SMALLEST_LARGE_KEPT = size_t{1} << 20;
 
 struct BlockHeader;
 
@@ -32,7 +26,6 @@ struct Heap {
   size_t liveBlocks;
   BlockHeader* kept[SIZE_CLASS_COUNT + 1];  // freed blocks by size class, linked
   size_t keptCount[SIZE_CLASS_COUNT + 1];
-  BlockHeader* keptLarge;  // its size field holds what it can take
 };
 
 struct alignas(16) BlockHeader {
