@@ -1,7 +1,6 @@
 // HB_FREADLINE: one line from a file handle, without its end-of-line mark,
 // the file left just behind the mark.
 #include <cstring>
-#include <vector>
 
 #include "frame/frame.h"
 
@@ -14,19 +13,29 @@ constexpr uint32_t SMALLEST_BUFFER = 10;
 constexpr uint32_t LONGEST_LINE = 65535;
 constexpr int32_t LINE_READ = 0;
 constexpr int32_t END_OF_FILE = -1;
+// Marks beyond this many are not looked at; buffers up to the stack's share
+// are read on the stack, and only the line itself goes to the heap.
+constexpr uint32_t MARK_LIMIT = 64;
+constexpr uint32_t STACK_BUFFER = 4096;
 
 struct Mark {
   const char* bytes;
   uint32_t length;
 };
 
+struct Marks {
+  Mark list[MARK_LIMIT];
+  uint32_t count;
+};
+
 // The marks of parameter 3 in their order: one string or an array of
 // strings; carriage return + line feed when absent. Empty marks never match.
-void readMarks(VMEngine* vm, std::vector<Mark>* marks) {
+void readMarks(VMEngine* vm, Marks* marks) {
   const Item* given = paramResolved(vm, 3);
+  marks->count = 0;
   auto add = [marks](const Item* item) {
-    if (itemIsString(item) && itemStrLen(item) > 0)
-      marks->push_back({itemStrPtr(item), itemStrLen(item)});
+    if (itemIsString(item) && itemStrLen(item) > 0 && marks->count < MARK_LIMIT)
+      marks->list[marks->count++] = {itemStrPtr(item), itemStrLen(item)};
   };
   if (given && (given->type & HB_IT_ARRAY)) {
     BaseArray* array = given->item.asArray.value;
@@ -35,17 +44,18 @@ void readMarks(VMEngine* vm, std::vector<Mark>* marks) {
   } else if (given && itemIsString(given)) {
     add(given);
   } else {
-    marks->push_back({"\r\n", 2});
+    marks->list[marks->count++] = {"\r\n", 2};
   }
 }
 
 // The end (index of its last byte) of the earliest mark in `bytes` that ends
 // at `from` or later; among marks that end at the same byte the first listed
 // wins. Its length goes to *length.
-int64_t findMark(const char* bytes, uint32_t held, uint32_t from, const std::vector<Mark>& marks,
+int64_t findMark(const char* bytes, uint32_t held, uint32_t from, const Marks& marks,
                  uint32_t* length) {
   int64_t best = -1;
-  for (const Mark& mark : marks) {
+  for (uint32_t i = 0; i < marks.count; i++) {
+    const Mark& mark = marks.list[i];
     char last = mark.bytes[mark.length - 1];
     uint32_t at = from;
     while (at < held && (best < 0 || at < best)) {
@@ -72,13 +82,14 @@ KOVO_FUNC(HB_FREADLINE) {
     return;
   }
   auto handle = static_cast<FHANDLE>(paramGetNL(vm, 1));
-  std::vector<Mark> marks;
+  Marks marks;
   readMarks(vm, &marks);
   auto size = static_cast<uint32_t>(paramGetNL(vm, 4));
   if (size < SMALLEST_BUFFER) size = DEFAULT_BUFFER;
 
+  char onStack[STACK_BUFFER + 1];
   uint32_t capacity = size;
-  auto* buffer = static_cast<char*>(vmAlloc(vm, capacity + 1));
+  char* buffer = size <= STACK_BUFFER ? onStack : static_cast<char*>(vmAlloc(vm, capacity + 1));
   uint32_t held = 0;
   uint32_t enlargements = 0;
   uint32_t lineLength = 0;
@@ -103,10 +114,17 @@ KOVO_FUNC(HB_FREADLINE) {
     if (held == capacity) {
       enlargements++;
       capacity = (enlargements + 1) * size + 1;
-      buffer = static_cast<char*>(vmRealloc(vm, buffer, capacity + 1));
+      if (buffer == onStack) {
+        buffer = static_cast<char*>(vmAlloc(vm, capacity + 1));
+        std::memcpy(buffer, onStack, held);
+      } else {
+        buffer = static_cast<char*>(vmRealloc(vm, buffer, capacity + 1));
+      }
     }
   }
-  buffer[lineLength] = '\0';
-  hb_storclenAdopt(vm, buffer, lineLength, 2);
+  auto* line = static_cast<char*>(vmAlloc(vm, lineLength + 1));
+  std::memcpy(line, buffer, lineLength);
+  if (buffer != onStack) vmFree(vm, buffer);
+  hb_storclenAdopt(vm, line, lineLength, 2);
   itemPutNI(vm, returnItem(vm), endOfFile ? END_OF_FILE : LINE_READ);
 }

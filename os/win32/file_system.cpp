@@ -73,8 +73,7 @@ bool osFormatWriteTime(const OsFindRecord& record, char out[9]) {
 
 bool osSetFileTimes(VMEngine*, const char* name, const OsLocalTime& when, bool haveDate,
                     bool haveTime) {
-  OFSTRUCT unused;
-  HFILE file = OpenFile(name, &unused, OF_READWRITE);
+  HFILE file = _lopen(name, OF_READWRITE);
   if (file == HFILE_ERROR) return false;
   SYSTEMTIME local = {};
   if (!haveDate || !haveTime) GetLocalTime(&local);
