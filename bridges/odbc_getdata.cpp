@@ -33,7 +33,8 @@ struct ValueRead {
 SQLRETURN readRest(VMEngine* vm, const ValueRead& read, OdbcBuffer& buffer, SQLLEN length,
                    SQLLEN total) {
   if (total > static_cast<SQLLEN>(INT32_MAX)) return SQL_ERROR;
-  size_t outputSize = static_cast<size_t>(total) + 2;
+  // Room for the value, the part that goes over the end of binary data, and a zero.
+  size_t outputSize = static_cast<size_t>(total) + 3;
   char* output = static_cast<char*>(vmTryAlloc(vm, outputSize));
   if (!output) return SQL_ERROR;
   std::memcpy(output, buffer.data(), static_cast<size_t>(length));
@@ -48,10 +49,12 @@ SQLRETURN readRest(VMEngine* vm, const ValueRead& read, OdbcBuffer& buffer, SQLL
     vmFree(vm, output);
     return code;
   }
-  // The first part ends in the zero that closes character data; the rest
-  // goes over it.
+  // Appended after the text of the first part: character data ends in its
+  // zero, binary data fills the part. The stored length counts the first part
+  // as length - 1 either way, so binary data loses its last byte.
   SQLLEN appended = std::clamp<SQLLEN>(restIndicator, 0, restLength);
-  std::memcpy(output + length - 1, buffer.data(), static_cast<size_t>(appended));
+  size_t end = strnlen(output, static_cast<size_t>(length));
+  std::memcpy(output + end, buffer.data(), static_cast<size_t>(appended));
   uint32_t stored = cutTo16Bits(appended + length - 1);
   output[stored] = '\0';
   hb_storclenAdopt(vm, output, stored, 5);

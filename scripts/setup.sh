@@ -8,6 +8,7 @@ packages=(
   build-essential cmake pkg-config
   libgtest-dev libbenchmark-dev libedit-dev zlib1g-dev
   clang libclang-rt-14-dev clang-format python3 binutils
+  unixodbc unixodbc-dev libsqliteodbc
 )
 missing=()
 for package in "${packages[@]}"; do
@@ -20,6 +21,14 @@ if ((${#missing[@]})); then
   if [ "$(id -u)" -ne 0 ]; then sudo=sudo; fi
   $sudo apt-get update -q
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
+fi
+
+# Programs name the SQLite ODBC driver "SQLite3"; its package registers it with
+# unixODBC, and this puts the registration back should it have gone.
+if ! odbcinst -q -d -n SQLite3 > /dev/null 2>&1; then
+  sudo=""
+  if [ "$(id -u)" -ne 0 ]; then sudo=sudo; fi
+  $sudo odbcinst -i -d -f /usr/share/sqliteodbc/unixodbc.ini
 fi
 
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo > /dev/null

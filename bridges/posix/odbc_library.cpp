@@ -20,9 +20,9 @@ void* odbcLibraryOpen(char* what, size_t size) {
   if (library) {
     std::snprintf(what, size, "%s", name);
   } else {
+    // dlerror's text begins with the name it looked for.
     const char* reason = dlerror();
-    std::snprintf(what, size, "%s, named by %s or its default: %s", name, LIBRARY_VARIABLE,
-                  reason ? reason : "not found");
+    std::snprintf(what, size, "%s; %s names another", reason ? reason : name, LIBRARY_VARIABLE);
   }
   return library;
 }
