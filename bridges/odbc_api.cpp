@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdio>
 
+#include "kovo/host_misc.h"
+
 namespace {
 
 constexpr size_t FAILURE_TEXT_SIZE = 512;

@@ -2,12 +2,19 @@
 // once per process, and the numbers that programs carry for ODBC handles.
 #pragma once
 
+// Windows' ODBC headers build on its own types.
+#if defined(_WIN32)
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+#endif
 #include <sql.h>
 #include <sqlext.h>
 
 #include <cstdint>
 
-#include "kovo/host.h"
+#include "kovo/vmengine.h"
 
 // Each member has the type of the driver manager's function of that name, as
 // the platform's headers declare it.
