@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing on a Debian 12 machine (apt-get, as root or through
-# sudo), then configures and builds the ordinary build in build/.
+# sudo), then configures and builds the ordinary build in build/. Packages
+# named as arguments are installed as well.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -9,6 +10,7 @@ packages=(
   libgtest-dev libbenchmark-dev libedit-dev zlib1g-dev
   clang libclang-rt-14-dev clang-format python3 binutils
   unixodbc unixodbc-dev libsqliteodbc
+  "$@"
 )
 missing=()
 for package in "${packages[@]}"; do
