@@ -11,21 +11,8 @@
 #include <map>
 #include <string>
 
+#include "bridges/odbc_functions.h"
 #include "reference.h"
-
-extern "C" {
-void SQLALLOCEN(VMEngine*);
-void SQLALLOCCO(VMEngine*);
-void SQLDRIVERC(VMEngine*);
-void SQLALLOCST(VMEngine*);
-void SQLEXECDIR(VMEngine*);
-void SQLFETCH(VMEngine*);
-void SQLGETDATA(VMEngine*);
-void SQLFREESTM(VMEngine*);
-void SQLDISCONN(VMEngine*);
-void SQLFREECON(VMEngine*);
-void SQLFREEENV(VMEngine*);
-}
 
 namespace {
 

@@ -87,6 +87,20 @@ inline void odbcStoreNewHandle(VMEngine* vm, SQLRETURN code, SQLHANDLE handle, O
   hb_stornl(vm, number, n);
 }
 
+// Allocates a handle under the live one that parameter 1 numbers and stores
+// the new handle's number into parameter 2, after the code is set.
+template <auto Allocate>
+inline void odbcAllocateUnder(VMEngine* vm, OdbcKind ownerKind, OdbcKind kind) {
+  const OdbcApi* api = odbcApi(vm);
+  int32_t owner = paramGetNL(vm, 1);
+  SQLHANDLE made = SQL_NULL_HANDLE;
+  SQLRETURN code =
+      odbcCall(api, odbcHandleFind(owner, ownerKind),
+               [&](const OdbcApi& dm, SQLHANDLE handle) { return (dm.*Allocate)(handle, &made); });
+  odbcReturnInteger(vm, code);
+  odbcStoreNewHandle(vm, code, made, kind, owner, 2);
+}
+
 // The length of the text a driver left in a buffer of `size` bytes, never
 // more than the buffer holds.
 inline uint32_t odbcTextLength(const char* buffer, size_t size) {

@@ -22,6 +22,19 @@ void endTransaction(VMEngine* vm, SQLUSMALLINT completion) {
   odbcReturnInteger(vm, code);
 }
 
+// Frees or disconnects the handle that parameter 1 numbers; when that
+// succeeds, the numbers that went with it are forgotten.
+template <auto Release>
+void release(VMEngine* vm, OdbcKind kind, void (*forget)(int32_t)) {
+  const OdbcApi* api = odbcApi(vm);
+  int32_t number = paramGetNL(vm, 1);
+  SQLRETURN code =
+      odbcCall(api, odbcHandleFind(number, kind),
+               [](const OdbcApi& dm, SQLHANDLE handle) { return (dm.*Release)(handle); });
+  if (odbcSucceeded(code)) forget(number);
+  odbcReturnInteger(vm, code);
+}
+
 }  // namespace
 
 KOVO_FUNC(SQLALLOCEN) {
@@ -33,14 +46,7 @@ KOVO_FUNC(SQLALLOCEN) {
 }
 
 KOVO_FUNC(SQLALLOCCO) {
-  const OdbcApi* api = odbcApi(vm);
-  int32_t envNumber = paramGetNL(vm, 1);
-  SQLHDBC dbc = SQL_NULL_HDBC;
-  SQLRETURN code =
-      odbcCall(api, odbcHandleFind(envNumber, OdbcKind::environment),
-               [&](const OdbcApi& dm, SQLHENV env) { return dm.allocConnect(env, &dbc); });
-  odbcReturnInteger(vm, code);
-  odbcStoreNewHandle(vm, code, dbc, OdbcKind::connection, envNumber, 2);
+  odbcAllocateUnder<&OdbcApi::allocConnect>(vm, OdbcKind::environment, OdbcKind::connection);
 }
 
 KOVO_FUNC(SQLDRIVERC) {
@@ -74,30 +80,15 @@ KOVO_FUNC(SQLCONNECT) {
 // Disconnecting frees the connection's statements in the driver manager, so
 // their numbers go as well.
 KOVO_FUNC(SQLDISCONN) {
-  const OdbcApi* api = odbcApi(vm);
-  int32_t number = paramGetNL(vm, 1);
-  SQLRETURN code = odbcCall(api, odbcHandleFind(number, OdbcKind::connection),
-                            [](const OdbcApi& dm, SQLHDBC dbc) { return dm.disconnect(dbc); });
-  if (odbcSucceeded(code)) odbcHandleForgetStatements(number);
-  odbcReturnInteger(vm, code);
+  release<&OdbcApi::disconnect>(vm, OdbcKind::connection, odbcHandleForgetStatements);
 }
 
 KOVO_FUNC(SQLFREECON) {
-  const OdbcApi* api = odbcApi(vm);
-  int32_t number = paramGetNL(vm, 1);
-  SQLRETURN code = odbcCall(api, odbcHandleFind(number, OdbcKind::connection),
-                            [](const OdbcApi& dm, SQLHDBC dbc) { return dm.freeConnect(dbc); });
-  if (odbcSucceeded(code)) odbcHandleForget(number);
-  odbcReturnInteger(vm, code);
+  release<&OdbcApi::freeConnect>(vm, OdbcKind::connection, odbcHandleForget);
 }
 
 KOVO_FUNC(SQLFREEENV) {
-  const OdbcApi* api = odbcApi(vm);
-  int32_t number = paramGetNL(vm, 1);
-  SQLRETURN code = odbcCall(api, odbcHandleFind(number, OdbcKind::environment),
-                            [](const OdbcApi& dm, SQLHENV env) { return dm.freeEnv(env); });
-  if (odbcSucceeded(code)) odbcHandleForget(number);
-  odbcReturnInteger(vm, code);
+  release<&OdbcApi::freeEnv>(vm, OdbcKind::environment, odbcHandleForget);
 }
 
 KOVO_FUNC(SQLCOMMIT) {

@@ -39,28 +39,28 @@ SQLULEN optionValue(VMEngine* vm) {
   return static_cast<uint32_t>(paramGetNL(vm, 3));
 }
 
-using SetOption = SQLRETURN (*)(const OdbcApi&, SQLHANDLE, SQLUSMALLINT, SQLULEN);
-using GetOption = SQLRETURN (*)(const OdbcApi&, SQLHANDLE, SQLUSMALLINT, SQLPOINTER);
-
-void setOption(VMEngine* vm, OdbcKind kind, SetOption set) {
+template <auto Set>
+void setOption(VMEngine* vm, OdbcKind kind) {
   const OdbcApi* api = odbcApi(vm);
   SQLHANDLE handle = odbcParamHandle(vm, 1, kind);
   auto option = static_cast<SQLUSMALLINT>(paramGetNL(vm, 2));
   SQLULEN value = optionValue(vm);
   odbcReturnLong(vm, odbcCall(api, handle, [&](const OdbcApi& dm, SQLHANDLE live) {
-                   return takesAddress(option) ? SQL_ERROR : set(dm, live, option, value);
+                   return takesAddress(option) ? SQL_ERROR : (dm.*Set)(live, option, value);
                  }));
 }
 
 // Only a plain success stores, and then all of the buffer: a numeric
 // option's value is in its first bytes.
-void getOption(VMEngine* vm, OdbcKind kind, GetOption get) {
+template <auto Get>
+void getOption(VMEngine* vm, OdbcKind kind) {
   const OdbcApi* api = odbcApi(vm);
   SQLHANDLE handle = odbcParamHandle(vm, 1, kind);
   auto option = static_cast<SQLUSMALLINT>(paramGetNL(vm, 2));
   char value[VALUE_BUFFER_SIZE + 1] = {};
-  SQLRETURN code = odbcCall(
-      api, handle, [&](const OdbcApi& dm, SQLHANDLE live) { return get(dm, live, option, value); });
+  SQLRETURN code = odbcCall(api, handle, [&](const OdbcApi& dm, SQLHANDLE live) {
+    return (dm.*Get)(live, option, value);
+  });
   odbcReturnUnsigned16(vm, code);
   if (code == SQL_SUCCESS) hb_storclen(vm, value, VALUE_BUFFER_SIZE, 3);
 }
@@ -80,29 +80,17 @@ KOVO_FUNC(SQLGETINFO) {
 }
 
 KOVO_FUNC(SQLSETCONNECTOPTION) {
-  setOption(vm, OdbcKind::connection,
-            [](const OdbcApi& dm, SQLHANDLE dbc, SQLUSMALLINT option, SQLULEN value) {
-              return dm.setConnectOption(dbc, option, value);
-            });
+  setOption<&OdbcApi::setConnectOption>(vm, OdbcKind::connection);
 }
 
 KOVO_FUNC(SQLSETSTMTOPTION) {
-  setOption(vm, OdbcKind::statement,
-            [](const OdbcApi& dm, SQLHANDLE stmt, SQLUSMALLINT option, SQLULEN value) {
-              return dm.setStmtOption(stmt, option, value);
-            });
+  setOption<&OdbcApi::setStmtOption>(vm, OdbcKind::statement);
 }
 
 KOVO_FUNC(SQLGETCONNECTOPTION) {
-  getOption(vm, OdbcKind::connection,
-            [](const OdbcApi& dm, SQLHANDLE dbc, SQLUSMALLINT option, SQLPOINTER value) {
-              return dm.getConnectOption(dbc, option, value);
-            });
+  getOption<&OdbcApi::getConnectOption>(vm, OdbcKind::connection);
 }
 
 KOVO_FUNC(SQLGETSTMTOPTION) {
-  getOption(vm, OdbcKind::statement,
-            [](const OdbcApi& dm, SQLHANDLE stmt, SQLUSMALLINT option, SQLPOINTER value) {
-              return dm.getStmtOption(stmt, option, value);
-            });
+  getOption<&OdbcApi::getStmtOption>(vm, OdbcKind::statement);
 }

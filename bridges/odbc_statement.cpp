@@ -16,17 +16,22 @@ SQLULEN rowsetSize(const OdbcApi& dm, SQLHSTMT stmt) {
   return std::max({size, arraySize, STATUS_ENTRIES_INLINE});
 }
 
+// A count of the statement's result into parameter 2, whatever the code.
+template <auto Count, class Number>
+SQLRETURN countInto(VMEngine* vm) {
+  const OdbcApi* api = odbcApi(vm);
+  SQLHSTMT stmt = odbcParamHandle(vm, 1, OdbcKind::statement);
+  Number count = 0;
+  SQLRETURN code = odbcCall(
+      api, stmt, [&](const OdbcApi& dm, SQLHSTMT handle) { return (dm.*Count)(handle, &count); });
+  hb_stornl(vm, static_cast<int32_t>(count), 2);
+  return code;
+}
+
 }  // namespace
 
 KOVO_FUNC(SQLALLOCST) {
-  const OdbcApi* api = odbcApi(vm);
-  int32_t dbcNumber = paramGetNL(vm, 1);
-  SQLHSTMT stmt = SQL_NULL_HSTMT;
-  SQLRETURN code =
-      odbcCall(api, odbcHandleFind(dbcNumber, OdbcKind::connection),
-               [&](const OdbcApi& dm, SQLHDBC dbc) { return dm.allocStmt(dbc, &stmt); });
-  odbcReturnInteger(vm, code);
-  odbcStoreNewHandle(vm, code, stmt, OdbcKind::statement, dbcNumber, 2);
+  odbcAllocateUnder<&OdbcApi::allocStmt>(vm, OdbcKind::connection, OdbcKind::statement);
 }
 
 KOVO_FUNC(SQLFREESTM) {
@@ -90,23 +95,11 @@ KOVO_FUNC(SQLEXTENDE) {
 }
 
 KOVO_FUNC(SQLNUMRES) {
-  const OdbcApi* api = odbcApi(vm);
-  SQLHSTMT stmt = odbcParamHandle(vm, 1, OdbcKind::statement);
-  SQLSMALLINT columns = 0;
-  odbcReturnInteger(vm, odbcCall(api, stmt, [&](const OdbcApi& dm, SQLHSTMT handle) {
-                      return dm.numResultCols(handle, &columns);
-                    }));
-  hb_stornl(vm, columns, 2);
+  odbcReturnInteger(vm, countInto<&OdbcApi::numResultCols, SQLSMALLINT>(vm));
 }
 
 KOVO_FUNC(SQLROWCOUN) {
-  const OdbcApi* api = odbcApi(vm);
-  SQLHSTMT stmt = odbcParamHandle(vm, 1, OdbcKind::statement);
-  SQLLEN rows = 0;
-  odbcReturnUnsigned16(vm, odbcCall(api, stmt, [&](const OdbcApi& dm, SQLHSTMT handle) {
-                         return dm.rowCount(handle, &rows);
-                       }));
-  hb_stornl(vm, static_cast<int32_t>(rows), 2);
+  odbcReturnUnsigned16(vm, countInto<&OdbcApi::rowCount, SQLLEN>(vm));
 }
 
 KOVO_FUNC(SQLDESCRIB) {
