@@ -7,7 +7,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh
+# PostgreSQL and psqlODBC for the ODBC bridge's server cases.
+scripts/setup.sh postgresql odbc-postgresql
 ctest --test-dir build --output-on-failure -j"$(nproc)"
 
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DKOVO_SANITIZE=ON -DKOVO_BENCHMARKS=OFF \

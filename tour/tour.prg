@@ -44,3 +44,28 @@ ERRORBLOCK({|e| NIL})
 
 ? "== The interpreter"
 ? VERSION()
+
+? "== A database through ODBC: SQLite, kept in memory"
+SQLALLOCEN(@env)
+SQLALLOCCO(env, @dbc)
+? "connected:", SQLDRIVERC(dbc, "Driver=SQLite3;Database=:memory:", @completed) == 0
+SQLALLOCST(dbc, @stmt)
+SQLEXECDIR(stmt, "create table city (name varchar(40), people integer)")
+SQLEXECDIR(stmt, "insert into city values ('Kazan', 1308660), ('Tver', 416219), ('Pskov', 203279)")
+SQLROWCOUN(stmt, @rows)
+? "inserted", rows, "rows"
+SQLEXECDIR(stmt, "select name, people from city order by people desc")
+SQLNUMRES(stmt, @columns)
+SQLDESCRIB(stmt, 1, @title, 40, @length, @type, @size, @decimals, @nullable)
+? columns, "columns; the first is", title, "of SQL type", type, "and size", size
+? "row:", SQLFETCH(stmt), SQLGETDATA(stmt, 1, 1, 40, @name), SQLGETDATA(stmt, 2, 1, 20, @people), name, people
+? "row:", SQLFETCH(stmt), SQLGETDATA(stmt, 1, 1, 40, @name), SQLGETDATA(stmt, 2, 1, 20, @people), name, people
+? "row:", SQLFETCH(stmt), SQLGETDATA(stmt, 1, 1, 40, @name), SQLGETDATA(stmt, 2, 1, 20, @people), name, people
+? "no more rows:", SQLFETCH(stmt)
+? "a bad query:", SQLEXECDIR(stmt, "select * from village")
+SQLERROR(0, 0, stmt, @state, @native, @message)
+? "  state", state, "says", message
+SQLFREESTM(stmt, 1)
+SQLDISCONN(dbc)
+SQLFREECON(dbc)
+SQLFREEENV(env)
