@@ -36,6 +36,9 @@ struct Class {
   uint32_t ivarCount;
 };
 
+// A heap copy of the text, with a zero byte after it.
+char* heapString(VMEngine* vm, const std::string& text);
+
 const Class* errorClass();
 const Language* defaultLanguage();
 void releaseSymbolTable(VMEngine* vm);

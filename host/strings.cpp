@@ -1,6 +1,7 @@
 // Trimming, searching, wildcard matching and number reading on byte strings.
 #include <cstring>
 
+#include "byte_search.h"
 #include "kovo/byte_vector.h"
 #include "kovo/host_text.h"
 
@@ -22,7 +23,7 @@ bool eightBlanks(const char* text) {
 // positions are tested at once on the pattern's first and last bytes, and
 // the few that pass are compared in full. Should the full comparisons come to
 // cost more than the scan (texts like "aaaa...a" searched for "aaab"), the
-// rest of the text is left to memmem, which is linear in every case.
+// rest of the text is left to searchBytes, which is linear in every case.
 const char* findPattern(const char* text, size_t length, const char* pattern,
                         size_t patternLength) {
   const ByteVector first = repeatByte(static_cast<unsigned char>(pattern[0]));
@@ -40,7 +41,7 @@ const char* findPattern(const char* text, size_t length, const char* pattern,
     }
     if (compared > 2 * start + 4096) break;
   }
-  return static_cast<const char*>(memmem(text + start, length - start, pattern, patternLength));
+  return searchBytes(text + start, length - start, pattern, patternLength);
 }
 
 }  // namespace
