@@ -54,3 +54,4 @@ fi
 echo "kovo.exe runs under Wine: $platform"
 
 ctest --test-dir build-win32 --output-on-failure --timeout 600 -j"$(nproc)"
+scripts/test-install.sh build-win32 cmake/mingw-w64-i686.cmake wine
