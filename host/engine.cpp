@@ -2,6 +2,7 @@
 #include <cstring>
 #include <new>
 
+#include "file_context.h"
 #include "heap.h"
 #include "internals.h"
 #include "kovo/host_embed.h"
@@ -109,6 +110,7 @@ VMEngine* vmCreate(const VMConfig* config) {
 
 size_t vmDestroy(VMEngine* vm) {
   if (libraryFinalizer) libraryFinalizer(vm);
+  releaseFileContext(vm);
   memvarReleaseAll(vm);
   releaseSymbolTable(vm);
   itemClear(vm, &vm->error.errorBlock);

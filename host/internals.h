@@ -12,6 +12,7 @@
 #include "kovo/vmengine.h"
 
 struct Language;
+struct FileContext;
 
 // A private variable's creation, so that it can be undone: the symbol, the
 // variable created (held by the symbol, or by a later entry that hides it) and
@@ -40,6 +41,7 @@ struct HostInternals {
   std::vector<PublicEntry> publics;
   const CodePage* codePage;
   const Language* language;
+  FileContext* files = nullptr;  // the file layer's state, made when first needed
 };
 
 // The error class: its name and instance variables, in slot order.
