@@ -13,7 +13,6 @@ namespace {
 static_assert(std::endian::native == std::endian::little, "the file's numbers are little-endian");
 
 // The record header.
-constexpr uint32_t HEADER_SIZE = 32;
 constexpr uint32_t TYPE_OFFSET = 11;
 constexpr uint32_t LENGTH_OFFSET = 16;  // length's low byte, or a number's total width
 constexpr uint32_t HIGH_OFFSET = 17;    // length's high byte, or a number's decimals
@@ -105,7 +104,7 @@ bool clearSymbol(VMEngine* vm, DynSymbol* symbol, void*) {
 
 }  // namespace
 
-MemvarMask::MemvarMask(VMEngine* vm, const char* mask) : mask_(mask) {
+MemvarMask::MemvarMask(VMEngine* vm, const char* mask) : takesAll_(mask[0] == '*') {
   char* text = Wild2RegEx(vm, mask, false);
   if (regcomp(&expression_, text, 0) == 0) {
     vmFree(vm, text);
@@ -118,15 +117,15 @@ MemvarMask::MemvarMask(VMEngine* vm, const char* mask) : mask_(mask) {
 }
 
 bool MemvarMask::takes(const char* name, bool include) const {
-  bool matches = mask_[0] == '*' || regexec(&expression_, name, 0, nullptr, 0) == 0;
+  bool matches = takesAll_ || regexec(&expression_, name, 0, nullptr, 0) == 0;
   return matches == include;
 }
 
 void memvarRestoreRecords(VMEngine* vm, const MemvarSource& source, const MemvarMask& mask,
                           bool include) {
-  uint8_t header[HEADER_SIZE];
+  uint8_t header[MEMVAR_HEADER_SIZE];
   Item value{};
-  while (readExactly(source, header, HEADER_SIZE)) {
+  while (readExactly(source, header, MEMVAR_HEADER_SIZE)) {
     // The name field holds at most ten characters and a zero; a field without
     // its zero is read no further than its end.
     char name[MEMVAR_NAME_LENGTH + 2] = {};

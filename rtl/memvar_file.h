@@ -29,7 +29,7 @@ class MemvarMask {
   bool takes(const char* name, bool include) const;
 
  private:
-  const char* mask_;
+  bool takesAll_;
   regex_t expression_;
 };
 

@@ -7,6 +7,7 @@
 
 #include "kovo/export.h"
 #include "kovo/host_calls.h"
+#include "kovo/host_files.h"
 #include "kovo/item.h"
 #include "kovo/vmengine.h"
 
@@ -58,6 +59,25 @@ KOVO_HOST_API int32_t memvarCount(VMEngine* vm, int32_t scope);
 // privates are counted too.
 KOVO_HOST_API Item* memvarDebugVariable(VMEngine* vm, int32_t scope, int32_t pos,
                                         const char** name);
+// ---- Memory-variable files (".mem") --------------------------------------------
+// A record: a header of 32 bytes (the name in the first 11, NUL-terminated;
+// the type letter plus 128 at 11; the length or width at 16 and 17), then the
+// value's bytes.
+inline constexpr uint32_t MEMVAR_HEADER_SIZE = 32;
+
+// What memvarSave writes with: the filter and where the records go.
+struct MemvarSaveContext {
+  const char* mask;  // a mask that begins with "*" takes every name
+  bool include;      // false: the names the filter does not take
+  const regex_t* expression;
+  uint8_t* buffer;  // MEMVAR_HEADER_SIZE bytes
+  FHANDLE handle;
+};
+// An xdynsymEval callback (`cargo` a MemvarSaveContext): writes the record of
+// the symbol's visible variable when the filter takes its name and its value
+// is text, a number, a date or a logical.
+KOVO_HOST_API bool memvarSave(VMEngine* vm, DynSymbol* symbol, void* cargo);
+
 // A procedure begins: the privates created from now on are its own. They are
 // released when the mark is restored, as when the procedure returns. Marks are
 // restored in the reverse order of their taking.
