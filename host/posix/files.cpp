@@ -10,6 +10,7 @@
 #include "../file_context.h"
 #include "name_space.h"
 #include "os_errors.h"
+#include "read_ahead.h"
 #include "sharing.h"
 
 namespace {
@@ -23,7 +24,14 @@ constexpr uint8_t MAY_WRITE = 2;
 std::atomic<uint8_t> handleAccess[TRACKED_HANDLES];
 
 void trackHandle(int fd, uint8_t access) {
-  if (fd >= 0 && fd < TRACKED_HANDLES) handleAccess[fd].store(access, std::memory_order_relaxed);
+  if (fd < 0 || fd >= TRACKED_HANDLES) return;
+  handleAccess[fd].store(access, std::memory_order_relaxed);
+  readAheadDrop(fd);
+}
+
+bool readOnly(FHANDLE fd) {
+  return fd >= 0 && fd < TRACKED_HANDLES &&
+         handleAccess[fd].load(std::memory_order_relaxed) == MAY_READ;
 }
 
 // Whether the layer opened `fd` without the access `wanted`.
@@ -95,7 +103,10 @@ FHANDLE fsCreate(VMEngine* vm, const char* name, uint32_t attribute) {
   if (fd < 0) return failWith(vm, windowsCode(errno));
   FHANDLE handle = admit(vm, fd, FO_READWRITE, !existed);
   if (handle == FS_ERROR) return handle;
-  if (existed && ftruncate(fd, 0) != 0) return failWith(vm, windowsCode(errno), fd);
+  if (existed) {
+    readAheadInvalidate();
+    if (ftruncate(fd, 0) != 0) return failWith(vm, windowsCode(errno), fd);
+  }
   if (attribute & (FA_HIDDEN | FA_SYSTEM)) fsNativeSetAttributes(target.path.c_str(), attribute);
   return handle;
 }
@@ -111,28 +122,45 @@ void fsClose(VMEngine* vm, FHANDLE handle) {
 
 namespace {
 
-uint32_t readAll(VMEngine* vm, FHANDLE handle, void* buffer, uint32_t count) {
-  if (refused(handle, MAY_READ)) return failWith(vm, FS_ACCESS_DENIED), 0;
-  if (count == 0 && read(handle, nullptr, 0) < 0) return failWith(vm, windowsCode(errno)), 0;
-  auto* out = static_cast<char*>(buffer);
+// Moves up to `count` bytes with `step` (a read or a write at an offset into
+// the buffer), again after an interruption; the failure goes to the cell.
+template <typename Step>
+uint32_t moveAll(VMEngine* vm, uint32_t count, Step step) {
   uint32_t done = 0;
   while (done < count) {
-    ssize_t got = read(handle, out + done, count - done);
-    if (got < 0) {
+    ssize_t moved = step(done);
+    if (moved < 0) {
       if (errno == EINTR) continue;
       fileFailure(vm, windowsCode(errno));
       return done;
     }
-    if (got == 0) break;
-    done += static_cast<uint32_t>(got);
+    if (moved == 0) break;
+    done += static_cast<uint32_t>(moved);
   }
   fileSuccess(vm);
   return done;
 }
 
+uint32_t readAll(VMEngine* vm, FHANDLE handle, void* buffer, uint32_t count) {
+  if (refused(handle, MAY_READ)) return failWith(vm, FS_ACCESS_DENIED), 0;
+  if (count == 0 && read(handle, nullptr, 0) < 0) return failWith(vm, windowsCode(errno)), 0;
+  auto* out = static_cast<char*>(buffer);
+  if (readOnly(handle)) {
+    uint32_t done = 0;
+    if (readAheadRead(handle, out, count, &done)) {
+      fileSuccess(vm);
+    } else {
+      fileFailure(vm, windowsCode(errno));
+    }
+    return done;
+  }
+  return moveAll(vm, count, [&](uint32_t done) { return read(handle, out + done, count - done); });
+}
+
 // A write of no bytes cuts the file at the current position, as DOS did.
 uint32_t writeAll(VMEngine* vm, FHANDLE handle, const void* buffer, uint32_t count) {
   if (refused(handle, MAY_WRITE)) return failWith(vm, FS_ACCESS_DENIED), 0;
+  readAheadInvalidate();
   if (count == 0) {
     off_t here = lseek(handle, 0, SEEK_CUR);
     if (here < 0 || ftruncate(handle, here) != 0) {
@@ -143,18 +171,7 @@ uint32_t writeAll(VMEngine* vm, FHANDLE handle, const void* buffer, uint32_t cou
     return 0;
   }
   const auto* in = static_cast<const char*>(buffer);
-  uint32_t done = 0;
-  while (done < count) {
-    ssize_t put = write(handle, in + done, count - done);
-    if (put < 0) {
-      if (errno == EINTR) continue;
-      fileFailure(vm, windowsCode(errno));
-      return done;
-    }
-    done += static_cast<uint32_t>(put);
-  }
-  fileSuccess(vm);
-  return done;
+  return moveAll(vm, count, [&](uint32_t done) { return write(handle, in + done, count - done); });
 }
 
 }  // namespace
@@ -178,6 +195,11 @@ uint32_t fsWriteLarge(VMEngine* vm, FHANDLE handle, const void* buffer, uint32_t
 int64_t fsSeekLarge(VMEngine* vm, FHANDLE handle, int64_t offset, uint16_t origin) {
   static const int WHENCE[] = {SEEK_SET, SEEK_CUR, SEEK_END};
   if (origin > FS_END) return failWith(vm, WIN_INVALID_PARAMETER);
+  int64_t ahead;
+  if (readOnly(handle) && readAheadSeek(handle, offset, WHENCE[origin], &ahead)) {
+    fileSuccess(vm);
+    return ahead;
+  }
   off_t position = lseek(handle, offset, WHENCE[origin]);
   if (position < 0) {
     // Before the start of the file: Windows's own code for it.

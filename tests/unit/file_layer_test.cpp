@@ -108,6 +108,24 @@ TEST_F(FileLayerTest, HandlesKeepTheirAccessAndAnEmptyWriteCutsTheFile) {
   fsClose(vm, h);
 }
 
+TEST_F(FileLayerTest, ReadingAheadNeverHidesWhatTheLayerWrote) {
+  dir.write("data", "0123456789");
+  FHANDLE reader = fsOpen(vm, "data", FO_READ | FO_DENYNONE);
+  FHANDLE writer = fsOpen(vm, "data", FO_READWRITE | FO_DENYNONE);
+  char bytes[8] = {};
+  EXPECT_EQ(fsRead(vm, reader, bytes, 2), 2);
+  EXPECT_EQ(fsSeekLarge(vm, reader, -1, FS_RELATIVE), 1);  // inside what was read ahead
+  EXPECT_EQ(fsSeekLarge(vm, writer, 4, FS_SET), 4);
+  EXPECT_EQ(fsWrite(vm, writer, "xy", 2), 2);
+  EXPECT_EQ(fsRead(vm, reader, bytes, 6), 6);
+  EXPECT_STREQ(bytes, "123xy6");
+  EXPECT_EQ(fsSeekLarge(vm, reader, 0, FS_RELATIVE), 7);
+  EXPECT_EQ(fsSeekLarge(vm, reader, -3, FS_END), 7);
+  EXPECT_EQ(fsRead(vm, reader, bytes, 8), 3);
+  fsClose(vm, reader);
+  fsClose(vm, writer);
+}
+
 TEST_F(FileLayerTest, SharingModesConflictAsOnWindows) {
   dir.write("t.dbf", "x");
   struct Case {
