@@ -57,6 +57,9 @@ void releaseSymbolTable(VMEngine* vm);
 // Sends a message to an object whose frame holds `count` parameters.
 void objectSend(VMEngine* vm, Item* object, const char* message, uint16_t count);
 void memvarReleaseAll(VMEngine* vm);
+void setListenersRelease(VMEngine* vm);
+// Closes the alternate, extra and printer files that SET left open.
+void setCloseOutputFiles(VMEngine* vm);
 // A new array of nil items with one holder, for an item to take over.
 BaseArray* arrayCreate(VMEngine* vm, uint32_t length);
 // The `argc` item pointers of a variadic host operation.

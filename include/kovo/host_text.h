@@ -69,7 +69,9 @@ KOVO_HOST_API int32_t dateEncStr(const char* yyyymmdd);
 KOVO_HOST_API char* dateDecStr(char* buffer, int32_t julian);
 // Formats "YYYYMMDD" by a SET DATEFORMAT picture into buffer (format length + 1 bytes).
 KOVO_HOST_API char* dateFormat(char* buffer, const char* yyyymmdd, const char* format);
+// Seconds since local midnight, with fractions.
 KOVO_HOST_API double dateSeconds();
+// The process's CPU seconds: 1 user time, 2 system time, any other mode both.
 KOVO_HOST_API double secondsCPU(int mode);
 
 // Translates the national letters of `from` into those of `to`, letter by
