@@ -2,6 +2,7 @@
 #include <cstring>
 #include <new>
 
+#include "file_context.h"
 #include "heap.h"
 #include "internals.h"
 #include "kovo/host_embed.h"
@@ -33,6 +34,7 @@ const ValueDefault VALUE_DEFAULTS[] = {
     {HB_SET_CONSOLE, 1},     {HB_SET_ESCAPE, 1},      {HB_SET_INTENSITY, 1},
     {HB_SET_SCOREBOARD, 1},  {HB_SET_SCROLLBREAK, 1}, {HB_SET_EVENTMASK, 128},
     {HB_SET_MBLOCKSIZE, 64}, {HB_SET_OPTIMIZE, 1},    {HB_SET_AUTOPEN, 1},
+    {HB_SET_ERRORLOOP, 8},   {HB_SET_EXT119, 1},
 };
 
 char* heapCopy(VMEngine* vm, const char* text) {
@@ -59,6 +61,7 @@ void releaseSettings(VMEngine* vm) {
     text = nullptr;
   }
   itemClear(vm, &vm->set.eol118);
+  setListenersRelease(vm);
 }
 
 void initStack(VMEngine* vm) {
@@ -109,6 +112,8 @@ VMEngine* vmCreate(const VMConfig* config) {
 
 size_t vmDestroy(VMEngine* vm) {
   if (libraryFinalizer) libraryFinalizer(vm);
+  setCloseOutputFiles(vm);
+  releaseFileContext(vm);
   memvarReleaseAll(vm);
   releaseSymbolTable(vm);
   itemClear(vm, &vm->error.errorBlock);

@@ -12,21 +12,36 @@
 #include "kovo/vmengine.h"
 
 struct Language;
+struct FileContext;
 
-// A private variable's creation, so that it can be undone: the symbol and the
-// variable it hid.
+// A private variable's creation, so that it can be undone: the symbol, the
+// variable created (held by the symbol, or by a later entry that hides it) and
+// the variable it hid.
 struct PrivateEntry {
   DynSymbol* symbol;
+  ValueCell* cell;
   ValueCell* hidden;
   int32_t hiddenScope;
+};
+
+// A public variable in creation order; the cell is held by the symbol, or by
+// the private entry that hides it.
+struct PublicEntry {
+  DynSymbol* symbol;
+  ValueCell* cell;
 };
 
 struct HostInternals {
   std::unordered_map<std::string, std::unique_ptr<DynSymbol>> symbols;
   std::vector<DynSymbol*> symbolOrder;  // creation order, for xdynsymEval
   std::vector<PrivateEntry> privates;
+  // Where the privates of each running procedure begin, innermost last; the
+  // outermost procedure begins at 0.
+  std::vector<uint32_t> procedureBases;
+  std::vector<PublicEntry> publics;
   const CodePage* codePage;
   const Language* language;
+  FileContext* files = nullptr;  // the file layer's state, made when first needed
 };
 
 // The error class: its name and instance variables, in slot order.
@@ -45,6 +60,9 @@ void releaseSymbolTable(VMEngine* vm);
 // Sends a message to an object whose frame holds `count` parameters.
 void objectSend(VMEngine* vm, Item* object, const char* message, uint16_t count);
 void memvarReleaseAll(VMEngine* vm);
+void setListenersRelease(VMEngine* vm);
+// Closes the alternate, extra and printer files that SET left open.
+void setCloseOutputFiles(VMEngine* vm);
 // A new array of nil items with one holder, for an item to take over.
 BaseArray* arrayCreate(VMEngine* vm, uint32_t length);
 // The `argc` item pointers of a variadic host operation.

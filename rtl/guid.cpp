@@ -8,17 +8,8 @@
 #include "frame/frame.h"
 #include "kovo/hex_digits.h"
 #include "os/random.h"
+#include "rtl/guid.h"
 
-namespace {
-
-constexpr uint32_t GUID_SIZE = 16;
-constexpr uint32_t GUID_TEXT_LENGTH = 38;
-
-struct Guid {
-  uint8_t bytes[GUID_SIZE];
-};
-
-// False, with the bytes left zero, when the random source fails.
 bool newGuid(Guid* guid) {
   if (!osRandomBytes(guid->bytes, GUID_SIZE)) {
     *guid = Guid{};
@@ -37,6 +28,10 @@ uint32_t littleEndian(const uint8_t* bytes, int count) {
     value = value << 8 | bytes[i];
   return value;
 }
+
+namespace {
+
+constexpr uint32_t GUID_TEXT_LENGTH = 38;
 
 // The text form with upper-case digits and its NUL, in a 40-byte buffer.
 void formatGuid(const Guid& guid, char (&text)[40]) {

@@ -83,6 +83,29 @@ void builtinMemo(VMEngine* vm) {
   itemPutCLM(vm, result(vm), itemStrPtr(text), itemStrLen(text), 1);
 }
 
+// The listener has no cargo of its own: it writes to the output of the session
+// that switched it on last.
+Output* listenerOutput = nullptr;
+
+void printListenerCall(int32_t setting, int32_t phase) {
+  if (listenerOutput)
+    listenerOutput->write("LISTENER " + std::to_string(setting) + " " + std::to_string(phase) +
+                          "\n");
+}
+
+// __SETLISTEN(lOn): a listener that prints every set-change call on a line of
+// its own, added with .T. and removed with .F.
+void builtinSetListen(VMEngine* vm) {
+  Item* on = argument(vm, 1);
+  if (!on || on->type != HB_IT_LOGICAL) return;
+  if (on->item.asLogical.value) {
+    listenerOutput = &static_cast<Session*>(vm->eventCargo)->output;
+    setListenerAdd(vm, printListenerCall);
+  } else {
+    setListenerRemove(vm, printListenerCall);
+  }
+}
+
 struct Builtin {
   const char* name;
   VMFunction function;
@@ -97,6 +120,7 @@ const Builtin BUILTINS[] = {
     {"ERRORNEW", builtinErrorNew},
     {"__HOSTTYPE", builtinHostType},
     {"__MEMO", builtinMemo},
+    {"__SETLISTEN", builtinSetListen},
 };
 
 }  // namespace

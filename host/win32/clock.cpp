@@ -25,7 +25,8 @@ double dateSeconds() {
 double secondsCPU(int mode) {
   FILETIME creation, exit, kernel, user;
   if (!GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user)) return 0;
-  switch (mode % 10) {
+  // Any mode but 1 and 2 asks for both times.
+  switch (mode) {
     case 1:
       return fileTimeSeconds(user);
     case 2:

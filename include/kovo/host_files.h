@@ -77,6 +77,15 @@ KOVO_HOST_API const char* fsCurDir(VMEngine* vm, int drive);
 KOVO_HOST_API uint16_t fsCurDirBuff(VMEngine* vm, int drive, char* buffer, uint32_t size);
 KOVO_HOST_API uint16_t fsCurDirBuffEx(VMEngine* vm, int drive, char* buffer, uint32_t size);
 
+// Windows attribute bits.
+inline constexpr uint32_t FA_READONLY = 0x01;
+inline constexpr uint32_t FA_HIDDEN = 0x02;
+inline constexpr uint32_t FA_SYSTEM = 0x04;
+inline constexpr uint32_t FA_DIRECTORY = 0x10;
+inline constexpr uint32_t FA_ARCHIVE = 0x20;
+// What the attribute query gives for a name that does not exist.
+inline constexpr uint32_t FA_INVALID = 0xFFFFFFFF;
+
 // One directory entry found by a search.
 struct FileFindInfo {
   char name[260];
@@ -85,11 +94,20 @@ struct FileFindInfo {
   int64_t writeTime;    // seconds since 1970, UTC
   void* handle;         // the search; owned by the file layer
 };
-// The first entry matching a wildcard mask and the DOS attribute rule; null
-// when none. Release with fsFindClose.
+// The first entry matching a wildcard mask and the DOS attribute rule (plain
+// files always; hidden, system and directory entries only when their bit is
+// asked for), in case-insensitive name order; null when none, with the error
+// cell at 2 (or 3 for a missing directory). Release with fsFindClose; a
+// search still open when its context ends is released then.
 KOVO_HOST_API FileFindInfo* fsFindFirst(VMEngine* vm, const char* mask, uint32_t attributes);
+// The same search for callers beside the layer: it leaves the error cell and
+// the last operating-system code alone.
+KOVO_HOST_API FileFindInfo* fsFindFirstQuiet(VMEngine* vm, const char* mask, uint32_t attributes);
 KOVO_HOST_API bool fsFindNext(VMEngine* vm, FileFindInfo* find);
 KOVO_HOST_API void fsFindClose(VMEngine* vm, FileFindInfo* find);
+// Whether a name matches a Windows wildcard mask ("*", "?"; "*.*" matches
+// every name, "NAME.*" also "NAME"), letter case aside.
+KOVO_HOST_API bool fsMatchWild(const char* name, const char* mask);
 
 // Splits a name; the result is a block of the context's heap (vmAlloc) that
 // the caller frees with vmFree.
@@ -101,6 +119,24 @@ KOVO_HOST_API char* fsFNameMerge(VMEngine* vm, char* buffer, const HB_FNAME* par
 KOVO_HOST_API const char* fsFileNameConv(VMEngine* vm, const char* name, bool* mustFree);
 KOVO_HOST_API void fsAddSearchPath(VMEngine* vm, const char* path);
 KOVO_HOST_API void hb_setFreeSetPath(VMEngine* vm);
+
+// ---- The name space, for the operating-system calls beside the layer ------------
+// None of these touch the error cell.
+//
+// The operating system's name of a program's name (drive letter, either
+// separator, any letter case), as a heap block (vmAlloc) for the caller to
+// free; null when a drive is not mapped or a directory on the way is missing,
+// *error then holding the Windows code (3). A last component that does not
+// exist keeps the letter case written.
+KOVO_HOST_API char* fsNameToNative(VMEngine* vm, const char* name, uint32_t* error);
+// The Windows form ("C:\DIR\FILE") of an absolute operating-system name,
+// into `buffer`; false when it does not fit or no drive holds it.
+KOVO_HOST_API bool fsNameFromNative(const char* native, char* buffer, uint32_t size);
+// The Windows attribute bits of an operating-system name, FA_INVALID when it
+// does not exist; and their change (read-only, hidden, system), 0 or the
+// Windows error code.
+KOVO_HOST_API uint32_t fsNativeAttributes(const char* native);
+KOVO_HOST_API uint32_t fsNativeSetAttributes(const char* native, uint32_t attributes);
 
 KOVO_HOST_API uint16_t fsError(VMEngine* vm);
 // The operating system's last code, in Win32 terms.

@@ -23,6 +23,11 @@ KOVO_HOST_API uint32_t hb_strAt(const char* sub, uint32_t subLength, const char*
                                 uint32_t length);
 // "*" matches any run, "?" any one character; the whole text must match.
 KOVO_HOST_API bool hb_strMatchWild(const char* text, const char* pattern);
+// A basic regular expression (for regcomp with flags 0) that matches the
+// whole of a name the wildcard mask matches: "*" any run, "?" one character,
+// everything else itself. Without keepCase letters are taken in upper case,
+// as memory-variable names are kept. A block of the context's heap (vmFree).
+KOVO_HOST_API char* Wild2RegEx(VMEngine* vm, const char* mask, bool keepCase);
 // The number at the start of a text (blanks, sign, digits, point); 0 when none.
 KOVO_HOST_API double strVal(const char* text, uint32_t length);
 KOVO_HOST_API int64_t hb_strValInt(const char* text, int* overflow);
@@ -64,7 +69,9 @@ KOVO_HOST_API int32_t dateEncStr(const char* yyyymmdd);
 KOVO_HOST_API char* dateDecStr(char* buffer, int32_t julian);
 // Formats "YYYYMMDD" by a SET DATEFORMAT picture into buffer (format length + 1 bytes).
 KOVO_HOST_API char* dateFormat(char* buffer, const char* yyyymmdd, const char* format);
+// Seconds since local midnight, with fractions.
 KOVO_HOST_API double dateSeconds();
+// The process's CPU seconds: 1 user time, 2 system time, any other mode both.
 KOVO_HOST_API double secondsCPU(int mode);
 
 // Translates the national letters of `from` into those of `to`, letter by

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "kovo/export.h"
 #include "kovo/item.h"
 
 // Setting numbers of the SET table.
@@ -59,14 +60,32 @@ enum SetNumber : int {
   HB_SET_BASE_LAST = 47,
   HB_SET_LANGUAGE = 100,
   HB_SET_EXT_FIRST = 100,
+  HB_SET_TRACEFILE = 103,
+  HB_SET_TRACESTACK = 104,
+  HB_SET_FILECASE = 105,
+  HB_SET_DIRCASE = 106,
+  HB_SET_DIRSEPARATOR = 107,
+  HB_SET_ERRORLOOP = 108,
+  HB_SET_OUTPUTSAFETY = 109,
+  HB_SET_DBFLOCKSCHEME = 110,
+  HB_SET_GTMODE = 113,
+  HB_SET_BACKGROUNDTICK = 114,
+  HB_SET_PRINTERJOB = 115,
   HB_SET_EOL = 118,
+  HB_SET_EXT119 = 119,  // a number from 1 to 1000, read by other libraries
   HB_SET_EXT_LAST = 120,
 };
 
 inline constexpr int HB_SET_COUNT = HB_SET_EXT_LAST + 1;
 
+// Phases of a set-change listener call.
+inline constexpr int32_t SET_LISTENER_BEFORE = 0;
+inline constexpr int32_t SET_LISTENER_AFTER = 1;
+
+using SetListenerCallback = void (*)(int32_t setting, int32_t phase);
+
 struct SetListener {
-  void (*callback)(int32_t setting, int32_t phase);
+  SetListenerCallback callback;
   SetListener* next;
 };
 
@@ -80,7 +99,8 @@ struct SetBlock {
   uint8_t mode104;
   char char107;
   char char107Text[2];
-  Item eol118;  // nil until first asked for
+  Item eol118;
+  int32_t eol118Exists;  // made "\r\n" when first asked for, unless a value came first
   int32_t altHandle;
   int32_t extraHandle;
   int32_t printHandle;
@@ -89,6 +109,14 @@ struct SetBlock {
   char lastOutputName[256];
   SetListener* listeners;
 };
+
+struct VMEngine;
+
+// Native code's way onto the list of set-change listeners: a listener added
+// is called last; removing takes the first node of that callback and tells
+// whether there was one.
+KOVO_HOST_API void setListenerAdd(VMEngine* vm, SetListenerCallback callback);
+KOVO_HOST_API bool setListenerRemove(VMEngine* vm, SetListenerCallback callback);
 
 // The text-tools settings shared by every search and string function of the
 // text-tools family.
