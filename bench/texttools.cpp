@@ -71,52 +71,7 @@ const std::string& manyWords() {
   return text;
 }
 
-// A context with the library function under its name, and items that live
-// as long as the benchmark.
-class Bench {
- public:
-  Bench() : vm_(benchContext()) {}
-  Bench(const Bench&) = delete;
-  Bench& operator=(const Bench&) = delete;
-  ~Bench() {
-    for (Item* item : items_)
-      xItemRelease(vm_, item);
-    for (ValueCell* cell : cells_)
-      cellRelease(cell);
-    vmDestroy(vm_);
-  }
-
-  DynSymbol* function(const char* name, VMFunction function) {
-    DynSymbol* symbol = xdynsymGet(vm_, name);
-    symbol->function = function;
-    return symbol;
-  }
-  Item* text(const std::string& bytes) {
-    return keep(
-        itemPutCL(vm_, itemNew(vm_, nullptr), bytes.data(), static_cast<uint32_t>(bytes.size())));
-  }
-  Item* number(int32_t value) { return keep(itemPutNI(vm_, itemNew(vm_, nullptr), value)); }
-  Item* nil() { return keep(itemNew(vm_, nullptr)); }
-  // A reference to a new variable, as @variable passes it.
-  Item* reference() {
-    ValueCell* cell = cellNew(vm_, nullptr);
-    cells_.push_back(cell);
-    return keep(itemPutRef(vm_, itemNew(vm_, nullptr), cell));
-  }
-  Item* call(DynSymbol* symbol, std::initializer_list<Item*> args) {
-    return benchCall(vm_, symbol, args);
-  }
-
- private:
-  Item* keep(Item* item) {
-    items_.push_back(item);
-    return item;
-  }
-
-  VMEngine* vm_;
-  std::vector<Item*> items_;
-  std::vector<ValueCell*> cells_;
-};
+using Bench = BenchFrame;
 
 void atnumAbsent(benchmark::State& state, bool forward) {
   Bench bench;

@@ -8,6 +8,7 @@ packages=(
   build-essential cmake pkg-config
   libgtest-dev libbenchmark-dev libedit-dev zlib1g-dev
   clang libclang-rt-14-dev clang-format python3 binutils
+  libsqlite3-dev sqlite3
 )
 missing=()
 for package in "${packages[@]}"; do

@@ -23,6 +23,8 @@ class Library {
   const std::string& error() const { return error_; }
   // The exported VM function of that (upper-case) name, or null.
   VMFunction find(const std::string& name) const;
+  // Any other symbol of the library itself (a native routine), or null.
+  void* native(const std::string& name) const;
   // The names of the exported VM functions, sorted.
   std::vector<std::string> functionNames() const;
 

@@ -27,6 +27,8 @@ const char USAGE[] =
     "       kovo [options]                   interactive prompt (on a terminal)\n"
     "       kovo --check [options] FILE...   run case files (statements and their output)\n"
     "       kovo --list                      the library's function names\n"
+    "       kovo --reg-import FILE.reg       load a regedit file into the registry\n"
+    "       kovo --reg-export KEY FILE.reg   write a key and its sub-keys as a regedit file\n"
     "       kovo --help | --version\n"
     "options:\n"
     "  --extended-frames   build every call frame in the extended layout\n"
@@ -42,6 +44,8 @@ struct Options {
   std::string expression;
   bool haveExpression = false;
   std::vector<std::string> files;
+  std::vector<std::string> registryFile;  // import: FILE; export: KEY, FILE
+  bool registryImport = false;
 };
 
 int usageError(const std::string& message) {
@@ -75,6 +79,23 @@ bool readAll(std::istream& in, std::string* text) {
   return true;
 }
 
+// A regedit file in or out of the registry, through the library's own
+// routines; what goes wrong is reported as the library reports it.
+int runRegistryFile(const Library& library, const Options& options) {
+  using Import = int (*)(VMEngine*, const char*);
+  using Export = int (*)(VMEngine*, const char*, const char*);
+  void* routine = library.native(options.registryImport ? "kovo_reg_import" : "kovo_reg_export");
+  if (!routine) return usageError("the library has no registry transfer");
+  StdoutOutput output;
+  Session session(library, output, options.extendedFrames);
+  const std::vector<std::string>& args = options.registryFile;
+  int failed =
+      options.registryImport
+          ? reinterpret_cast<Import>(routine)(session.vm(), args[0].c_str())
+          : reinterpret_cast<Export>(routine)(session.vm(), args[0].c_str(), args[1].c_str());
+  return failed ? EXIT_SYNTAX : 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -101,6 +122,12 @@ int main(int argc, char** argv) {
       } else {
         options.library = argv[++i];
       }
+    } else if (arg == "--reg-import" || arg == "--reg-export") {
+      size_t needed = arg == "--reg-import" ? 1 : 2;
+      if (i + static_cast<int>(needed) >= argc) return usageError(arg + " needs its arguments");
+      options.registryImport = arg == "--reg-import";
+      options.registryFile.assign(argv + i + 1, argv + i + 1 + needed);
+      i += static_cast<int>(needed);
     } else if (arg.size() > 1 && arg[0] == '-' && arg != "-") {
       return usageError("unknown option " + arg);
     } else {
@@ -121,6 +148,8 @@ int main(int argc, char** argv) {
   if (options.list) {
     for (const std::string& name : library.functionNames())
       std::puts(name.c_str());
+  } else if (!options.registryFile.empty()) {
+    status = runRegistryFile(library, options);
   } else if (options.check) {
     if (options.files.empty()) return usageError("--check needs case files");
     status = runCaseFiles(library, options.files, options.extendedFrames) == 0 ? 0 : 1;

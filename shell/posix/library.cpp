@@ -43,6 +43,10 @@ Library::Library(const std::string& path) {
 }
 
 VMFunction Library::find(const std::string& name) const {
+  return reinterpret_cast<VMFunction>(native(name));
+}
+
+void* Library::native(const std::string& name) const {
   if (!handle_) return nullptr;
   void* symbol = dlsym(handle_, name.c_str());
   if (!symbol) return nullptr;
@@ -50,7 +54,7 @@ VMFunction Library::find(const std::string& name) const {
   // of the library itself count.
   Dl_info info;
   if (dladdr(symbol, &info) == 0 || info.dli_fbase != base_) return nullptr;
-  return reinterpret_cast<VMFunction>(symbol);
+  return symbol;
 }
 
 std::vector<std::string> Library::functionNames() const {

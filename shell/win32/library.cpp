@@ -31,11 +31,13 @@ Library::Library(const std::string& path) {
 }
 
 VMFunction Library::find(const std::string& name) const {
+  return reinterpret_cast<VMFunction>(native(name));
+}
+
+void* Library::native(const std::string& name) const {
   if (!handle_) return nullptr;
-  // Through a plain pointer: FARPROC's own type says nothing of the function's.
-  auto* symbol =
-      reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_), name.c_str()));
-  return reinterpret_cast<VMFunction>(symbol);
+  // Through a plain pointer: FARPROC's own type says nothing of the symbol's.
+  return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_), name.c_str()));
 }
 
 std::vector<std::string> Library::functionNames() const {

@@ -8,27 +8,7 @@ failures=0
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-check() {  # name, expected output, command...
-  local name=$1 expected=$2
-  shift 2
-  local actual
-  actual=$("$@" 2>&1)
-  if [ "$actual" != "$expected" ]; then
-    printf 'FAIL %s\n  expected: %s\n  actual:   %s\n' "$name" "$expected" "$actual"
-    failures=$((failures + 1))
-  fi
-}
-
-check_status() {  # name, expected status, command...
-  local name=$1 expected=$2
-  shift 2
-  "$@" > /dev/null 2>&1
-  local status=$?
-  if [ "$status" != "$expected" ]; then
-    printf 'FAIL %s: exit status %s, expected %s\n' "$name" "$status" "$expected"
-    failures=$((failures + 1))
-  fi
-}
+. "$(dirname "$0")/checks.sh"
 
 check valtype '"A"' "$kovo" -e 'VALTYPE({1})'
 check isnull 'ERROR sev=2 gen=1 sub=BASE/1111 op="HB_ISNULL" args=(0) flags=S os=0 desc="Argument error"
@@ -50,6 +30,8 @@ check_status syntax-error 1 "$kovo" -e '1 +'
 check_status unknown-option 2 "$kovo" --no-such-option
 check_status missing-script 2 "$kovo" "$work/missing.prg"
 check_status internal-error 3 "$kovo" -e '__ERRINHANDLER()'
+check_status reg-export-usage 2 "$kovo" --reg-export HKCU
+check_status reg-import-missing 1 env KOVO_REGISTRY="$work/registry.db" "$kovo" --reg-import "$work/missing.reg"
 check syntax-message '-e:1:4: syntax error: expected an expression, found end of input' "$kovo" -e '1 +'
 
 printf 'x := 2\n? x * 3\n// a comment\n? "done"\n' > "$work/script.prg"
@@ -63,7 +45,7 @@ check version 'kovo 1.0.0' "$kovo" --version
 
 # Only VM functions (upper-case names) and the named natives leave the library.
 unexpected=$(nm -D --defined-only "$library" | awk '{print $3}' |
-  grep -v -E '^(__)?[A-Z][A-Z0-9_]*$|^_ZN8VMEngineaSERKS_$|^(var2bin|bin2item|crc32|get_crc_table)$')
+  grep -v -E '^(__)?[A-Z][A-Z0-9_]*$|^_ZN8VMEngineaSERKS_$|^(var2bin|bin2item|crc32|get_crc_table|kovo_reg_import|kovo_reg_export)$')
 check exports '' printf '%s' "$unexpected"
 
 if [ "$failures" -ne 0 ]; then
