@@ -21,9 +21,9 @@
   extern "C" KOVO_EXPORT void NAME(VMEngine*) __attribute__((alias(#TARGET)))
 // For an exported name that C++ cannot spell as an identifier (a macro of the
 // standard headers such as INFINITY): the function is `IDENT` in the source.
-#define KOVO_FUNC_AS(IDENT, NAME)                                \
-  extern "C" KOVO_EXPORT void IDENT(VMEngine* vm) __asm__(NAME); \
-  extern "C" KOVO_EXPORT void IDENT(VMEngine* vm)
+#define KOVO_FUNC_AS(IDENT, NAME)                                              \
+  extern "C" KOVO_EXPORT_RENAMED void IDENT(VMEngine* vm) KOVO_ASM_NAME(NAME); \
+  extern "C" KOVO_EXPORT_RENAMED void IDENT(VMEngine* vm)
 
 // ---- The call frame ------------------------------------------------------------
 inline int paramCount(const VMEngine* vm) {

@@ -1,9 +1,5 @@
 // Julian day numbers and their text forms.
-#include <sys/resource.h>
-#include <sys/time.h>
-
 #include <cstring>
-#include <ctime>
 
 #include "kovo/host_text.h"
 
@@ -109,29 +105,4 @@ char* dateFormat(char* buffer, const char* yyyymmdd, const char* format) {
   }
   buffer[length] = '\0';
   return buffer;
-}
-
-double dateSeconds() {
-  timeval now;
-  gettimeofday(&now, nullptr);
-  time_t seconds = now.tv_sec;
-  tm local;
-  localtime_r(&seconds, &local);
-  return local.tm_hour * 3600.0 + local.tm_min * 60.0 + local.tm_sec + now.tv_usec / 1e6;
-}
-
-double secondsCPU(int mode) {
-  rusage usage;
-  getrusage(RUSAGE_SELF, &usage);
-  double user = usage.ru_utime.tv_sec + usage.ru_utime.tv_usec / 1e6;
-  double system = usage.ru_stime.tv_sec + usage.ru_stime.tv_usec / 1e6;
-  // Any mode but 1 and 2 asks for both times.
-  switch (mode) {
-    case 1:
-      return user;
-    case 2:
-      return system;
-    default:
-      return user + system;
-  }
 }

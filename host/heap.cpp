@@ -1,10 +1,10 @@
 #include "heap.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "kovo/host_errors.h"
 #include "kovo/host_items.h"
+#include "system_memory.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ void* startBlock(BlockHeader* header, Heap* heap, size_t size, size_t sizeClass)
 [[gnu::noinline]] void* allocateNew(Heap* heap, size_t size, size_t sizeClass) {
   if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
   size_t capacity = sizeClass ? sizeClass * SIZE_CLASS_STEP : size;
-  auto* header = static_cast<BlockHeader*>(std::calloc(1, sizeof(BlockHeader) + capacity));
+  auto* header = static_cast<BlockHeader*>(systemAllocZeroed(sizeof(BlockHeader) + capacity));
   return header ? startBlock(header, heap, size, sizeClass) : nullptr;
 }
 
@@ -53,7 +53,7 @@ void heapFree(void* block) {
     heap->keptCount[sizeClass]++;
     return;
   }
-  std::free(header);
+  systemFree(header);
 }
 
 }  // namespace
@@ -70,7 +70,7 @@ void heapReleaseKept(Heap* heap) {
   for (size_t sizeClass = 1; sizeClass <= SIZE_CLASS_COUNT; sizeClass++) {
     while (BlockHeader* header = heap->kept[sizeClass]) {
       heap->kept[sizeClass] = *reinterpret_cast<BlockHeader**>(header + 1);
-      std::free(header);
+      systemFree(header);
     }
     heap->keptCount[sizeClass] = 0;
   }
@@ -93,7 +93,7 @@ void* reallocate(VMEngine* vm, void* block, size_t size, bool zero) {
   if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
   BlockHeader* header = blockHeader(block);
   size_t oldSize = header->size;
-  auto* grown = static_cast<BlockHeader*>(std::realloc(header, sizeof(BlockHeader) + size));
+  auto* grown = static_cast<BlockHeader*>(systemRealloc(header, sizeof(BlockHeader) + size));
   if (!grown) return nullptr;
   if (zero && size > oldSize) {
     std::memset(reinterpret_cast<char*>(grown + 1) + oldSize, 0, size - oldSize);

@@ -14,18 +14,31 @@
 struct Language;
 struct FileContext;
 
-// A private variable's creation, so that it can be undone: the symbol and the
-// variable it hid.
+// A private variable's creation, so that it can be undone: the symbol, the
+// variable created (held by the symbol, or by a later entry that hides it) and
+// the variable it hid.
 struct PrivateEntry {
   DynSymbol* symbol;
+  ValueCell* cell;
   ValueCell* hidden;
   int32_t hiddenScope;
+};
+
+// A public variable in creation order; the cell is held by the symbol, or by
+// the private entry that hides it.
+struct PublicEntry {
+  DynSymbol* symbol;
+  ValueCell* cell;
 };
 
 struct HostInternals {
   std::unordered_map<std::string, std::unique_ptr<DynSymbol>> symbols;
   std::vector<DynSymbol*> symbolOrder;  // creation order, for xdynsymEval
   std::vector<PrivateEntry> privates;
+  // Where the privates of each running procedure begin, innermost last; the
+  // outermost procedure begins at 0.
+  std::vector<uint32_t> procedureBases;
+  std::vector<PublicEntry> publics;
   const CodePage* codePage;
   const Language* language;
   FileContext* files = nullptr;  // the file layer's state, made when first needed
@@ -37,6 +50,9 @@ struct Class {
   const char* const* ivars;
   uint32_t ivarCount;
 };
+
+// A heap copy of the text, with a zero byte after it.
+char* heapString(VMEngine* vm, const std::string& text);
 
 const Class* errorClass();
 const Language* defaultLanguage();

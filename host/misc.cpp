@@ -1,7 +1,5 @@
 // Version texts, the library entry, messages to the user and the calls that
 // the host hands on to its embedder.
-#include <sys/utsname.h>
-
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -14,22 +12,16 @@ namespace {
 
 int attachedLibraries = 0;
 
+}  // namespace
+
 char* heapString(VMEngine* vm, const std::string& text) {
   auto* buffer = static_cast<char*>(vmAlloc(vm, text.size() + 1));
   std::memcpy(buffer, text.data(), text.size());
   return buffer;
 }
 
-}  // namespace
-
 int initserverfunctions(int, int, int) {
   return ++attachedLibraries;
-}
-
-char* verPlatform(VMEngine* vm) {
-  utsname name;
-  if (uname(&name) != 0) return heapString(vm, "Linux");
-  return heapString(vm, std::string(name.sysname) + " " + name.release);
 }
 
 char* verCompiler(VMEngine* vm) {

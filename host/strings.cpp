@@ -1,7 +1,10 @@
 // Trimming, searching, wildcard matching and number reading on byte strings.
+#include <cctype>
 #include <cstring>
 
+#include "byte_search.h"
 #include "kovo/byte_vector.h"
+#include "kovo/host_items.h"
 #include "kovo/host_text.h"
 
 namespace {
@@ -22,7 +25,7 @@ bool eightBlanks(const char* text) {
 // positions are tested at once on the pattern's first and last bytes, and
 // the few that pass are compared in full. Should the full comparisons come to
 // cost more than the scan (texts like "aaaa...a" searched for "aaab"), the
-// rest of the text is left to memmem, which is linear in every case.
+// rest of the text is left to searchBytes, which is linear in every case.
 const char* findPattern(const char* text, size_t length, const char* pattern,
                         size_t patternLength) {
   const ByteVector first = repeatByte(static_cast<unsigned char>(pattern[0]));
@@ -40,7 +43,7 @@ const char* findPattern(const char* text, size_t length, const char* pattern,
     }
     if (compared > 2 * start + 4096) break;
   }
-  return static_cast<const char*>(memmem(text + start, length - start, pattern, patternLength));
+  return searchBytes(text + start, length - start, pattern, patternLength);
 }
 
 }  // namespace
@@ -139,4 +142,38 @@ int64_t hb_strValInt(const char* text, int* overflow) {
     value = value * 10 + digit;
   }
   return negative ? static_cast<int64_t>(0 - value) : static_cast<int64_t>(value);
+}
+
+char* Wild2RegEx(VMEngine* vm, const char* mask, bool keepCase) {
+  // At most two bytes per mask character, the anchors and the closing zero.
+  size_t length = std::strlen(mask);
+  auto* expression = static_cast<char*>(vmAlloc(vm, length * 2 + 3));
+  char* out = expression;
+  *out++ = '^';
+  for (const char* c = mask; *c; c++) {
+    switch (*c) {
+      case '*':
+        *out++ = '.';
+        *out++ = '*';
+        break;
+      case '?':
+        *out++ = '.';
+        break;
+      // The characters that mean something in a basic expression stand for
+      // themselves once escaped.
+      case '.':
+      case '[':
+      case '\\':
+      case '^':
+      case '$':
+        *out++ = '\\';
+        *out++ = *c;
+        break;
+      default:
+        *out++ = keepCase ? *c : static_cast<char>(std::toupper(static_cast<unsigned char>(*c)));
+    }
+  }
+  *out++ = '$';
+  *out = '\0';
+  return expression;
 }

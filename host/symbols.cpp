@@ -1,11 +1,14 @@
 // Dynamic symbols: one per name and context, created on first use. Names are
 // kept in upper case, as the language does not tell cases apart.
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "internals.h"
+#include "kovo/host.h"
 #include "kovo/host_embed.h"
 
 namespace {
@@ -47,11 +50,25 @@ DynSymbol* xdynsymGet(VMEngine* vm, const char* name) {
 }
 
 void xdynsymEval(VMEngine* vm, bool (*callback)(VMEngine*, DynSymbol*, void*), void* cargo) {
-  // A callback may create symbols: walk by index over the creation order.
-  auto& order = vm->internals->symbolOrder;
-  for (size_t i = 0; i < order.size(); i++) {
-    if (!callback(vm, order[i], cargo)) break;
+  // Symbols are visited in name order, so that what a walk writes (a ".mem"
+  // file) comes out the same whatever order the names were met in. A callback
+  // may create symbols: the walk goes over the ones that existed when it began.
+  std::vector<DynSymbol*> byName = vm->internals->symbolOrder;
+  std::sort(byName.begin(), byName.end(), [](const DynSymbol* a, const DynSymbol* b) {
+    return std::strcmp(a->name, b->name) < 0;
+  });
+  for (DynSymbol* symbol : byName) {
+    if (!callback(vm, symbol, cargo)) break;
   }
+}
+
+bool GetSymbolInfo(VMEngine* vm, DynSymbol* symbol, void* cargo) {
+  if (symbol->memvar) {
+    Item name{};
+    itemPutC(vm, &name, symbol->name);
+    arrayAddForward(vm, static_cast<Item*>(cargo), &name);
+  }
+  return true;
 }
 
 DynSymbol* xdynsymFindFromFunction(VMEngine* vm, VMFunction function) {

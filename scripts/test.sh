@@ -10,6 +10,7 @@ cd "$(dirname "$0")/.."
 # PostgreSQL and psqlODBC for the ODBC bridge's server cases.
 scripts/setup.sh postgresql odbc-postgresql
 ctest --test-dir build --output-on-failure -j"$(nproc)"
+scripts/test-install.sh build
 
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DKOVO_SANITIZE=ON -DKOVO_BENCHMARKS=OFF \
   -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" > /dev/null
@@ -22,6 +23,9 @@ ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
 cmake -S tests/fuzz -B build-fuzz -DCMAKE_CXX_COMPILER=clang++ > /dev/null
 cmake --build build-fuzz -j"$(nproc)"
 ctest --test-dir build-fuzz --output-on-failure -j"$(nproc)"
+
+# The 32-bit Windows build under Wine.
+scripts/test-windows.sh
 
 git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 echo "all tests passed"

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <random>
 
+#include "environment.h"
+
 namespace {
 
 // Taken once, before any case has changed TMPDIR.
@@ -13,9 +15,9 @@ const std::filesystem::path& temporaryBase() {
 
 void setVariable(const std::string& name, const std::pair<bool, std::string>& value) {
   if (value.first) {
-    setenv(name.c_str(), value.second.c_str(), 1);
+    setEnvironmentVariable(name, value.second);
   } else {
-    unsetenv(name.c_str());
+    removeEnvironmentVariable(name);
   }
 }
 

@@ -15,7 +15,13 @@ struct Case {
   int line;
   std::string statements;
   std::string expected;
+  std::string platform;  // the one platform the case belongs to; empty for all
 };
+
+// "#platform NAME" before a case: the case runs on that platform only
+// (posix or win32), for what differs by nature, such as the C library's
+// reading of an overlong number.
+constexpr char PLATFORM_MARKER[] = "#platform ";
 
 bool isStatementLine(const std::string& line) {
   return line == ">" || line.rfind("> ", 0) == 0;
@@ -29,12 +35,17 @@ std::vector<Case> readCases(std::istream& in) {
   std::vector<Case> cases;
   State state = State::Idle;
   std::string line;
+  std::string platform;
   for (int number = 1; std::getline(in, line); number++) {
     if (isStatementLine(line)) {
-      if (state != State::Statements) cases.push_back({number, "", ""});
+      if (state != State::Statements) {
+        cases.push_back({number, "", "", platform});
+        platform.clear();
+      }
       cases.back().statements += (line.size() > 2 ? line.substr(2) : "") + "\n";
       state = State::Statements;
     } else if (!line.empty() && line[0] == '#') {
+      if (line.rfind(PLATFORM_MARKER, 0) == 0) platform = line.substr(sizeof PLATFORM_MARKER - 1);
       state = State::Idle;
     } else if (state != State::Idle) {
       cases.back().expected += line + "\n";
@@ -92,6 +103,9 @@ int runCaseFiles(const Library& library, const std::vector<std::string>& files,
       continue;
     }
     std::vector<Case> cases = readCases(in);
+    std::erase_if(cases, [](const Case& c) {
+      return !c.platform.empty() && c.platform != KOVO_PLATFORM_NAME;
+    });
     int failedHere = 0;
     for (const Case& c : cases) {
       size_t leaked = 0;

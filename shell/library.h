@@ -7,6 +7,11 @@
 
 #include "kovo/vmengine.h"
 
+// Whether an exported name is a VM function's: one that carries an upper-case
+// letter (the natives that the library also exports are in lower case) and is
+// no C++ name.
+bool isFunctionName(const char* name);
+
 class Library {
  public:
   // Loads the library; `path` may be a bare file name, searched beside the shell.

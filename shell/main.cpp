@@ -1,6 +1,4 @@
 // kovo: the command-line host of the function library.
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -11,6 +9,7 @@
 #include <vector>
 
 #include "cases.h"
+#include "line_input.h"
 #include "parser.h"
 #include "repl.h"
 #include "session.h"
@@ -33,14 +32,15 @@ const char USAGE[] =
     "       kovo --help | --version\n"
     "options:\n"
     "  --extended-frames   build every call frame in the extended layout\n"
-    "  --library PATH      the function library to load (default libkovovmf.so)\n"
+    "  --library PATH      the function library to load (default " KOVO_DEFAULT_LIBRARY
+    ")\n"
     "exit status: 0 done, 1 syntax error, 2 bad usage, 3 unrecoverable internal error\n";
 
 struct Options {
   bool extendedFrames = false;
   bool list = false;
   bool check = false;
-  std::string library = "libkovovmf.so";
+  std::string library = KOVO_DEFAULT_LIBRARY;
   std::string expression;
   bool haveExpression = false;
   std::vector<std::string> files;
@@ -160,7 +160,7 @@ int main(int argc, char** argv) {
     std::string source;
     if (!readAll(in, &source)) return usageError("cannot read " + options.files[0]);
     status = runSource(library, source, options.files[0], false, options.extendedFrames);
-  } else if (options.files.empty() && isatty(STDIN_FILENO)) {
+  } else if (options.files.empty() && inputIsTerminal()) {
     status = runInteractive(library, options.extendedFrames);
   } else {
     std::string source;

@@ -1,37 +1,25 @@
-// The interactive prompt, with line editing and a history kept between runs.
-#include <editline/readline.h>
+// The interactive prompt.
+#include "repl.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 
+#include "line_input.h"
 #include "parser.h"
-#include "repl.h"
 #include "session.h"
-
-namespace {
-
-std::string historyFile() {
-  const char* home = std::getenv("HOME");
-  return home ? std::string(home) + "/.kovo_history" : "";
-}
-
-}  // namespace
 
 int runInteractive(const Library& library, bool extendedFrames) {
   std::printf("kovo %s: xBase expressions on the function library. Ctrl-D ends.\n",
               KOVO_VERSION_TEXT);
-  std::string history = historyFile();
-  if (!history.empty()) read_history(history.c_str());
+  LineInput input;
   StdoutOutput output;
   Session session(library, output, extendedFrames);
   int status = 0;
-  while (char* line = readline("kovo> ")) {
-    std::string source(line);
-    std::free(line);
+  std::string source;
+  while (input.read("kovo> ", &source)) {
     if (source.find_first_not_of(" \t") == std::string::npos) continue;
-    add_history(source.c_str());
+    input.remember(source);
     try {
       session.run(std::make_unique<Program>(parseProgram(source)), true);
     } catch (const SyntaxError& error) {
@@ -42,6 +30,5 @@ int runInteractive(const Library& library, bool extendedFrames) {
     }
     std::fflush(stdout);
   }
-  if (!history.empty()) write_history(history.c_str());
   return status;
 }

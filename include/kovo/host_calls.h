@@ -29,9 +29,12 @@ struct Block {
 KOVO_HOST_API DynSymbol* xdynsymGet(VMEngine* vm, const char* name);
 KOVO_HOST_API DynSymbol* xdynsymFind(VMEngine* vm, const char* name);
 KOVO_HOST_API DynSymbol* xdynsymFindName(VMEngine* vm, const char* name);
-// Calls `callback` for every dynamic symbol until it returns false.
+// Calls `callback` for every dynamic symbol, in name order, until it returns false.
 KOVO_HOST_API void xdynsymEval(VMEngine* vm, bool (*callback)(VMEngine*, DynSymbol*, void*),
                                void* cargo);
+// An xdynsymEval callback: appends the name of a symbol that holds a memory
+// variable to the array item `cargo`.
+KOVO_HOST_API bool GetSymbolInfo(VMEngine* vm, DynSymbol* symbol, void* cargo);
 KOVO_HOST_API DynSymbol* xdynsymFindFromFunction(VMEngine* vm, VMFunction function);
 
 // The stack. A push leaves the new top item nil and returns it.

@@ -23,6 +23,11 @@ KOVO_HOST_API uint32_t hb_strAt(const char* sub, uint32_t subLength, const char*
                                 uint32_t length);
 // "*" matches any run, "?" any one character; the whole text must match.
 KOVO_HOST_API bool hb_strMatchWild(const char* text, const char* pattern);
+// A basic regular expression (for regcomp with flags 0) that matches the
+// whole of a name the wildcard mask matches: "*" any run, "?" one character,
+// everything else itself. Without keepCase letters are taken in upper case,
+// as memory-variable names are kept. A block of the context's heap (vmFree).
+KOVO_HOST_API char* Wild2RegEx(VMEngine* vm, const char* mask, bool keepCase);
 // The number at the start of a text (blanks, sign, digits, point); 0 when none.
 KOVO_HOST_API double strVal(const char* text, uint32_t length);
 KOVO_HOST_API int64_t hb_strValInt(const char* text, int* overflow);

@@ -1,37 +1,21 @@
 // The natives that other native code finds by name in the loaded library:
 // they must come from the library itself, not from what it depends on.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 
 #include "kovo/host_embed.h"
+#include "own_symbols.h"
 
 namespace {
 
 class NativesTest : public ::testing::Test {
  public:
   static void SetUpTestSuite() {
-    handle = dlopen(KOVO_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    ASSERT_NE(handle, nullptr) << dlerror();
+    std::string error;
+    ASSERT_TRUE(loadLibrary(KOVO_LIBRARY_PATH, &error)) << error;
   }
-
-  // The symbol of that name, when the library defines it itself.
-  static void* ownSymbol(const char* name) {
-    void* symbol = dlsym(handle, name);
-    Dl_info symbolInfo;
-    Dl_info libraryInfo;
-    void* anchor = dlsym(handle, "VAR2BIN");
-    if (!symbol || !anchor || !dladdr(symbol, &symbolInfo) || !dladdr(anchor, &libraryInfo)) {
-      return nullptr;
-    }
-    return symbolInfo.dli_fbase == libraryInfo.dli_fbase ? symbol : nullptr;
-  }
-
-  static void* handle;
 };
-
-void* NativesTest::handle = nullptr;
 
 TEST_F(NativesTest, ZlibCrcRoutineAndTableAreTheLibrarysOwn) {
   using Crc32 = unsigned long (*)(unsigned long, const unsigned char*, unsigned);

@@ -43,7 +43,7 @@ void EXPONENT(VMEngine*);
 void HB_HEXTONUM(VMEngine*);
 void HB_STRTOHEX(VMEngine*);
 void HB_HEXTOSTR(VMEngine*);
-void exportedInfinity(VMEngine*) __asm__("INFINITY");
+void exportedInfinity(VMEngine*) KOVO_ASM_NAME("INFINITY");
 }
 
 namespace {

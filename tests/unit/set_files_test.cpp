@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 
 #include "vm_fixture.h"
@@ -12,13 +13,20 @@ extern "C" void SET(VMEngine* vm);
 
 namespace {
 
+#if defined(_WIN32)
+constexpr bool onWindows = true;
+#else
+constexpr bool onWindows = false;
+#endif
+
 class SetFilesTest : public VmTest {
  protected:
   void SetUp() override {
     VmTest::SetUp();
-    std::string pattern = (std::filesystem::temp_directory_path() / "kovo-set-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    directory = pattern;
+    std::random_device random;
+    do {
+      directory = std::filesystem::temp_directory_path() / ("kovo-set-" + std::to_string(random()));
+    } while (!std::filesystem::create_directory(directory));
     call(SET, {num(HB_SET_DEFAULT), str(directory.string())});
   }
   void TearDown() override {
@@ -94,6 +102,7 @@ TEST_F(SetFilesTest, NamingCreatesOrTruncatesInTheDefaultDirectory) {
 
 // Names take the Windows form: either separator, a directory in any letter case.
 TEST_F(SetFilesTest, NamesGoThroughTheWindowsNameSpace) {
+  if (onWindows) GTEST_SKIP() << "the POSIX name space's own mapping of names";
   std::filesystem::create_directory(directory / "SUB");
   call(SET, {num(HB_SET_ALTFILE), str((directory / "sub\\Log").string())});
   call(SET, {num(HB_SET_ALTFILE), nil()});
@@ -114,6 +123,7 @@ TEST_F(SetFilesTest, TraceFileIsEmptiedInBothModes) {
 }
 
 TEST_F(SetFilesTest, PrinterSwitchFollowsThePrinterFileUnlessOneWasNamed) {
+  if (onWindows) GTEST_SKIP() << "PRN is the printer device on Windows, not a file";
   call(SET, {num(HB_SET_PRINTFILE)});
   EXPECT_STREQ(vm->set.text[HB_SET_PRINTFILE], "PRN");
   call(SET, {num(HB_SET_PRINTER), logical(true)});

@@ -1,0 +1,91 @@
+// Writing memory variables as ".mem" records, in the layout the original
+// system reads: values of other types are not saved.
+#include <algorithm>
+#include <cstring>
+
+#include "kovo/host.h"
+
+namespace {
+
+constexpr uint32_t NAME_LENGTH = 10;
+constexpr uint32_t TYPE_OFFSET = 11;
+constexpr uint32_t LENGTH_OFFSET = 16;
+constexpr uint32_t HIGH_OFFSET = 17;
+// The length field has 16 bits and counts the text's terminating zero.
+constexpr uint32_t TEXT_LIMIT = 65534;
+constexpr int WIDTH_LIMIT = 255;
+
+constexpr uint8_t typeByte(char letter) {
+  return static_cast<uint8_t>(letter + 128);
+}
+
+void writeDouble(VMEngine* vm, FHANDLE handle, double value) {
+  uint8_t bytes[sizeof value];
+  std::memcpy(bytes, &value, sizeof value);
+  fsWrite(vm, handle, bytes, sizeof value);
+}
+
+// Fills in the type and length of the header; false for a type not saved.
+bool describeValue(const Item* value, uint8_t* header) {
+  HB_TYPE type = value->type;
+  if (type & HB_IT_STRING) {
+    uint32_t length = std::min(value->item.asString.length, TEXT_LIMIT) + 1;
+    header[TYPE_OFFSET] = typeByte('C');
+    header[LENGTH_OFFSET] = static_cast<uint8_t>(length & 0xFF);
+    header[HIGH_OFFSET] = static_cast<uint8_t>(length >> 8);
+  } else if (type & HB_IT_NUMERIC) {
+    int width = 0;
+    int decimals = 0;
+    itemGetNLen(value, &width, &decimals);
+    // The stored width counts the point and the decimals.
+    int total = width + (decimals > 0 ? decimals + 1 : 0);
+    header[TYPE_OFFSET] = typeByte('N');
+    header[LENGTH_OFFSET] = static_cast<uint8_t>(std::min(total, WIDTH_LIMIT));
+    header[HIGH_OFFSET] = static_cast<uint8_t>(std::min(decimals, WIDTH_LIMIT));
+  } else if (type == HB_IT_DATE) {
+    header[TYPE_OFFSET] = typeByte('D');
+    header[LENGTH_OFFSET] = sizeof(double);
+  } else if (type == HB_IT_LOGICAL) {
+    header[TYPE_OFFSET] = typeByte('L');
+    header[LENGTH_OFFSET] = 1;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void writeValue(VMEngine* vm, FHANDLE handle, const Item* value) {
+  HB_TYPE type = value->type;
+  if (type & HB_IT_STRING) {
+    uint32_t length = std::min(value->item.asString.length, TEXT_LIMIT);
+    fsWrite(vm, handle, value->item.asString.value, static_cast<uint16_t>(length));
+    const char zero = '\0';
+    fsWrite(vm, handle, &zero, 1);
+  } else if (type & HB_IT_NUMERIC) {
+    writeDouble(vm, handle, itemGetND(value));
+  } else if (type == HB_IT_DATE) {
+    writeDouble(vm, handle, value->item.asDate.value);
+  } else {
+    const uint8_t truth = value->item.asLogical.value ? 1 : 0;
+    fsWrite(vm, handle, &truth, 1);
+  }
+}
+
+}  // namespace
+
+bool memvarSave(VMEngine* vm, DynSymbol* symbol, void* cargo) {
+  const auto* context = static_cast<const MemvarSaveContext*>(cargo);
+  if (!symbol->memvar) return true;
+  bool matches =
+      context->mask[0] == '*' || regexec(context->expression, symbol->name, 0, nullptr, 0) == 0;
+  if (matches != context->include) return true;
+  const Item* value = itemUnRef(vm, &symbol->memvar->value);
+  uint8_t* header = context->buffer;
+  // Reserved bytes and the bytes after the name's zero are written as zeros.
+  std::memset(header, 0, MEMVAR_HEADER_SIZE);
+  if (!describeValue(value, header)) return true;
+  std::memcpy(header, symbol->name, std::min<size_t>(std::strlen(symbol->name), NAME_LENGTH));
+  fsWrite(vm, context->handle, header, MEMVAR_HEADER_SIZE);
+  writeValue(vm, context->handle, value);
+  return true;
+}

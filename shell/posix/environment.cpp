@@ -1,0 +1,11 @@
+#include "environment.h"
+
+#include <cstdlib>
+
+void setEnvironmentVariable(const std::string& name, const std::string& value) {
+  setenv(name.c_str(), value.c_str(), 1);
+}
+
+void removeEnvironmentVariable(const std::string& name) {
+  unsetenv(name.c_str());
+}
