@@ -4,20 +4,13 @@
 #include <cstring>
 
 #include "kovo/host.h"
+#include "kovo/memvar_record.h"
 
 namespace {
 
-constexpr uint32_t NAME_LENGTH = 10;
-constexpr uint32_t TYPE_OFFSET = 11;
-constexpr uint32_t LENGTH_OFFSET = 16;
-constexpr uint32_t HIGH_OFFSET = 17;
 // The length field has 16 bits and counts the text's terminating zero.
 constexpr uint32_t TEXT_LIMIT = 65534;
 constexpr int WIDTH_LIMIT = 255;
-
-constexpr uint8_t typeByte(char letter) {
-  return static_cast<uint8_t>(letter + 128);
-}
 
 void writeDouble(VMEngine* vm, FHANDLE handle, double value) {
   uint8_t bytes[sizeof value];
@@ -30,24 +23,24 @@ bool describeValue(const Item* value, uint8_t* header) {
   HB_TYPE type = value->type;
   if (type & HB_IT_STRING) {
     uint32_t length = std::min(value->item.asString.length, TEXT_LIMIT) + 1;
-    header[TYPE_OFFSET] = typeByte('C');
-    header[LENGTH_OFFSET] = static_cast<uint8_t>(length & 0xFF);
-    header[HIGH_OFFSET] = static_cast<uint8_t>(length >> 8);
+    header[MEMVAR_TYPE_OFFSET] = MEMVAR_TYPE_CHARACTER;
+    header[MEMVAR_LENGTH_OFFSET] = static_cast<uint8_t>(length & 0xFF);
+    header[MEMVAR_HIGH_OFFSET] = static_cast<uint8_t>(length >> 8);
   } else if (type & HB_IT_NUMERIC) {
     int width = 0;
     int decimals = 0;
     itemGetNLen(value, &width, &decimals);
     // The stored width counts the point and the decimals.
     int total = width + (decimals > 0 ? decimals + 1 : 0);
-    header[TYPE_OFFSET] = typeByte('N');
-    header[LENGTH_OFFSET] = static_cast<uint8_t>(std::min(total, WIDTH_LIMIT));
-    header[HIGH_OFFSET] = static_cast<uint8_t>(std::min(decimals, WIDTH_LIMIT));
+    header[MEMVAR_TYPE_OFFSET] = MEMVAR_TYPE_NUMBER;
+    header[MEMVAR_LENGTH_OFFSET] = static_cast<uint8_t>(std::min(total, WIDTH_LIMIT));
+    header[MEMVAR_HIGH_OFFSET] = static_cast<uint8_t>(std::min(decimals, WIDTH_LIMIT));
   } else if (type == HB_IT_DATE) {
-    header[TYPE_OFFSET] = typeByte('D');
-    header[LENGTH_OFFSET] = sizeof(double);
+    header[MEMVAR_TYPE_OFFSET] = MEMVAR_TYPE_DATE;
+    header[MEMVAR_LENGTH_OFFSET] = sizeof(double);
   } else if (type == HB_IT_LOGICAL) {
-    header[TYPE_OFFSET] = typeByte('L');
-    header[LENGTH_OFFSET] = 1;
+    header[MEMVAR_TYPE_OFFSET] = MEMVAR_TYPE_LOGICAL;
+    header[MEMVAR_LENGTH_OFFSET] = 1;
   } else {
     return false;
   }
@@ -84,7 +77,8 @@ bool memvarSave(VMEngine* vm, DynSymbol* symbol, void* cargo) {
   // Reserved bytes and the bytes after the name's zero are written as zeros.
   std::memset(header, 0, MEMVAR_HEADER_SIZE);
   if (!describeValue(value, header)) return true;
-  std::memcpy(header, symbol->name, std::min<size_t>(std::strlen(symbol->name), NAME_LENGTH));
+  std::memcpy(header, symbol->name,
+              std::min<size_t>(std::strlen(symbol->name), MEMVAR_NAME_LENGTH));
   fsWrite(vm, context->handle, header, MEMVAR_HEADER_SIZE);
   writeValue(vm, context->handle, value);
   return true;

@@ -12,17 +12,6 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "the file's numbers are little-endian");
 
-// The record header.
-constexpr uint32_t TYPE_OFFSET = 11;
-constexpr uint32_t LENGTH_OFFSET = 16;  // length's low byte, or a number's total width
-constexpr uint32_t HIGH_OFFSET = 17;    // length's high byte, or a number's decimals
-
-// Type bytes: the type letter plus 128.
-constexpr uint8_t TYPE_CHARACTER = 'C' + 128;
-constexpr uint8_t TYPE_DATE = 'D' + 128;
-constexpr uint8_t TYPE_LOGICAL = 'L' + 128;
-constexpr uint8_t TYPE_NUMBER = 'N' + 128;
-
 constexpr int32_t MASK_ERROR = 9100;
 
 bool readExactly(const MemvarSource& source, void* buffer, uint32_t count) {
@@ -60,22 +49,22 @@ void readCharacter(VMEngine* vm, const MemvarSource& source, uint32_t length, It
 // The value after a header; left nil for an unknown type or a value that the
 // file cuts short.
 void readValue(VMEngine* vm, const MemvarSource& source, const uint8_t* header, Item* value) {
-  uint8_t low = header[LENGTH_OFFSET];
-  uint8_t high = header[HIGH_OFFSET];
+  uint8_t low = header[MEMVAR_LENGTH_OFFSET];
+  uint8_t high = header[MEMVAR_HIGH_OFFSET];
   double number = 0;
-  switch (header[TYPE_OFFSET]) {
-    case TYPE_CHARACTER:
+  switch (header[MEMVAR_TYPE_OFFSET]) {
+    case MEMVAR_TYPE_CHARACTER:
       readCharacter(vm, source, low + high * 256u, value);
       break;
-    case TYPE_DATE:
+    case MEMVAR_TYPE_DATE:
       if (readDouble(source, &number)) itemPutDL(vm, value, julianOfDay(number));
       break;
-    case TYPE_LOGICAL: {
+    case MEMVAR_TYPE_LOGICAL: {
       uint8_t truth = 0;
       if (readExactly(source, &truth, 1)) itemPutL(vm, value, truth != 0);
       break;
     }
-    case TYPE_NUMBER:
+    case MEMVAR_TYPE_NUMBER:
       // The stored width counts the point and the decimals.
       if (readDouble(source, &number)) {
         itemPutNLen(vm, value, number, low - (high > 0 ? high + 1 : 0), high);

@@ -9,9 +9,7 @@
 #include <cstdint>
 
 #include "kovo/host.h"
-
-// Bytes of a record name, its terminating zero not counted.
-inline constexpr uint32_t MEMVAR_NAME_LENGTH = 10;
+#include "kovo/memvar_record.h"
 
 // A wildcard mask compiled as the host converts it. A mask that does not
 // compile ends the program with internal error 9100.

@@ -1,9 +1,16 @@
 // Reading memory-variable records from bytes: every type, the damaged ends,
 // and the filter's decisions.
 #include <cstring>
+#include <fstream>
+#include <iterator>
 
+#include "frame/frame.h"
 #include "rtl/memvar_file.h"
+#include "temp_directory.h"
 #include "vm_fixture.h"
+
+KOVO_FUNC(__MVSAVE);
+KOVO_FUNC(__MVRESTORE);
 
 namespace {
 
@@ -156,6 +163,38 @@ TEST_F(MemvarFileTest, ExistingVariablesAreAssignedNewOnesArePrivate) {
   EXPECT_EQ(memvarScope(vm, "P"), MV_DBG_PUBLIC);
   EXPECT_EQ(memvarScope(vm, "Q"), MV_DBG_PRIVATE_OWN);
   EXPECT_EQ(last, ".T.");
+}
+
+// What the host writes: zeros in the reserved bytes and after the name, the
+// name cut to ten characters, widths and text lengths cut to what their
+// fields hold, types that are not saved left out; and what the library reads
+// back from the directory of the default setting.
+TEST_F(MemvarFileTest, SavedBytesAndTheirWayBack) {
+  TempDirectory dir;
+  std::filesystem::create_directory(dir.path() / "sub");
+  memvarCreateFromItem(vm, str("LONGERTHANTEN"), MV_PRIVATE, logical(true));
+  Item* wide = nil();
+  itemPutNLen(vm, wide, 1.5, 99, 200);
+  memvarCreateFromItem(vm, str("WIDE"), MV_PRIVATE, wide);
+  memvarCreateFromItem(vm, str("BIG"), MV_PRIVATE, str(std::string(70000, 'x')));
+  memvarCreateFromItem(vm, str("DAY"), MV_PRIVATE, date("20230224"));
+  memvarCreateFromItem(vm, str("LIST"), MV_PRIVATE, array({num(1)}));
+  call(__MVSAVE, {str("sub/out"), str("*"), logical(true)});
+  std::ifstream in(dir.path() / "sub" / "out.mem", std::ios::binary);
+  std::string written((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::string expected = header("BIG", 0xC3, 0xFF, 0xFF) + std::string(65534, 'x') +
+                         std::string(1, '\0') + header("DAY", 0xC4, 8, 0) + doubleBytes(2460000) +
+                         header("LONGERTHAN", 0xCC, 1, 0) + "\x01" +
+                         header("WIDE", 0xCE, 255, 200) + doubleBytes(1.5) + "\x1A";
+  EXPECT_EQ(written.size(), expected.size());
+  EXPECT_TRUE(written == expected);
+
+  memvarClearAll(vm);
+  vm->set.text[HB_SET_DEFAULT] = static_cast<char*>(vmAlloc(vm, 4));
+  std::memcpy(vm->set.text[HB_SET_DEFAULT], "sub", 3);
+  Item* result = call(__MVRESTORE, {str("out"), logical(false), str("w*")});
+  EXPECT_EQ(describe(result), "1.5000/54.200");
+  EXPECT_TRUE(errors.empty());
 }
 
 }  // namespace
