@@ -43,7 +43,12 @@ void releaseSymbolTable(VMEngine* vm);
 void objectSend(VMEngine* vm, Item* object, const char* message, uint16_t count);
 void memvarReleaseAll(VMEngine* vm);
 // A new array of nil items with one holder, for an item to take over.
+// An array's first elements share its block, right behind it: a small array
+// is one allocation. Growing moves them into a block of their own.
 BaseArray* arrayCreate(VMEngine* vm, uint32_t length);
+inline Item* arrayInlineItems(BaseArray* array) {
+  return reinterpret_cast<Item*>(array + 1);
+}
 // The `argc` item pointers of a variadic host operation.
 std::vector<Item*> collectItems(uint32_t argc, va_list args);
 // Declares `argv` holding the trailing item arguments of the enclosing variadic operation.
