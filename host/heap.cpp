@@ -40,17 +40,17 @@ void* startBlock(BlockHeader* header, Heap* heap, size_t size, size_t sizeClass)
     heap->slabs = slab;
     heap->slabUsed = sizeof(Slab);
   }
-  auto* piece = reinterpret_cast<BlockHeader*>(reinterpret_cast<char*>(heap->slabs) +
-                                               heap->slabUsed);
+  auto* piece =
+      reinterpret_cast<BlockHeader*>(reinterpret_cast<char*>(heap->slabs) + heap->slabUsed);
   heap->slabUsed += bytes;
   return piece;
 }
 
 [[gnu::noinline]] void* allocateNew(Heap* heap, size_t size, size_t sizeClass) {
   if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
-  BlockHeader* header =
-      sizeClass ? cutFromSlab(heap, sizeof(BlockHeader) + sizeClass * SIZE_CLASS_STEP)
-                : static_cast<BlockHeader*>(std::calloc(1, sizeof(BlockHeader) + size));
+  BlockHeader* header = sizeClass
+                            ? cutFromSlab(heap, sizeof(BlockHeader) + sizeClass * SIZE_CLASS_STEP)
+                            : static_cast<BlockHeader*>(std::calloc(1, sizeof(BlockHeader) + size));
   return header ? startBlock(header, heap, size, sizeClass) : nullptr;
 }
 
