@@ -65,8 +65,11 @@ inline constexpr HB_TYPE COMPLEX_TYPES =
     HB_IT_STRING | HB_IT_ARRAY | HB_IT_HASH | HB_IT_BLOCK | HB_IT_BYREF | HB_IT_ELEMREF;
 void releaseComplexPayload(Item* item);
 // Item release of the payload alone; the caller resets the type word.
+// Constant text, which programs pass as arguments all the time, holds nothing.
 inline void itemReleasePayload(Item* item) {
-  if (item->type & COMPLEX_TYPES) releaseComplexPayload(item);
+  if (!(item->type & COMPLEX_TYPES)) return;
+  if ((item->type & HB_IT_STRING) && !item->item.asString.owned) return;
+  releaseComplexPayload(item);
 }
 inline void clearItem(Item* item) {
   itemReleasePayload(item);
