@@ -13,7 +13,15 @@
 #include "kovo/vmengine.h"
 
 inline constexpr size_t SIZE_CLASS_STEP = 16;
+// GCC says so with a macro, clang with a feature test.
 #if defined(__SANITIZE_ADDRESS__)
+#define KOVO_HEAP_CHECKED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KOVO_HEAP_CHECKED 1
+#endif
+#endif
+#if defined(KOVO_HEAP_CHECKED)
 // Under the address sanitizer every block is the C library's and goes back at
 // once, so that a use after free is caught.
 inline constexpr size_t SIZE_CLASS_COUNT = 0;
