@@ -12,6 +12,7 @@
 // open no network connection, whatever the input says.
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -304,7 +305,13 @@ void trace(const Export& target, Arguments& args, bool extended) {
       line += "@";
       item = &item->item.asRefer.value->value;
     }
-    line += formatLiteral(item).substr(0, 200);
+    if ((item->type & HB_IT_STRING) && itemStrLen(item) > 64) {
+      // Long texts are shown by their head and length.
+      line += formatString(itemStrPtr(item), 64) + "...(" + std::to_string(itemStrLen(item)) +
+              " bytes)";
+    } else {
+      line += formatLiteral(item).substr(0, 300);
+    }
   }
   std::fprintf(stderr, "%s%s)\n", extended ? "[extended] " : "", line.c_str());
 }
@@ -317,8 +324,13 @@ void call(VMEngine* vm, Export& target, Arguments& args) {
   DynSymbol* symbol = xdynsymGet(vm, target.name.c_str());
   symbol->function = target.function;
   if (tracing) trace(target, args, vm->extendedFrames);
+  auto start = std::chrono::steady_clock::now();
   StackMark mark = markStack(vm);
   vmCallFunction(vm, symbol, args.count(), args.pointers());
+  if (tracing) {
+    std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    std::fprintf(stderr, "  took %.3f s\n", took.count());
+  }
   checkStack(vm, mark, target.name.c_str());
   checkItem(&vm->stack.Return, target.name.c_str());
   for (uint32_t i = 0; i < args.count(); i++)
