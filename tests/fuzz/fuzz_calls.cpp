@@ -130,7 +130,7 @@ class ItemMaker {
         shortText(dst, input_.ConsumeIntegralInRange<size_t>(0, 64), true);
         break;
       case 9: {
-        static const uint32_t LENGTHS[] = {255, 256, 4096, 65535, 65536, 65537, 1 << 20};
+        static const uint32_t LENGTHS[] = {255, 256, 4096, 65535, 65536, 65537};
         uint32_t length = input_.PickValueInArray(LENGTHS);
         itemPutCLM(vm_, dst, run->bigText.data() + input_.ConsumeIntegral<uint8_t>(), length,
                    input_.ConsumeBool());
@@ -397,7 +397,7 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
       run->settings.push_back({name, function, false});
     }
   }
-  run->bigText.resize((1 << 20) + 256);
+  run->bigText.resize(65537 + 256);
   for (size_t i = 0; i < run->bigText.size(); i++)
     run->bigText[i] = static_cast<char>(i * 7);
   std::atexit(printFigures);
