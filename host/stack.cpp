@@ -22,11 +22,15 @@ void vmGrowStack(VMEngine* vm) {
 
 namespace {
 
+// Releasing a value runs no script code, so the top is kept in a register
+// and stored once.
 void popTo(VMEngine* vm, ptrdiff_t frameBase) {
   VMStack& stack = vm->stack;
   Item** base = stack.items + frameBase;
-  while (stack.pos > base)
-    clearItem(*--stack.pos);
+  Item** top = stack.pos;
+  while (top > base)
+    clearItem(*--top);
+  stack.pos = top;
 }
 
 // In the extended layout the parameters lie displaced by as many slots as
