@@ -137,7 +137,9 @@ class ItemMaker {
         break;
       }
       case 10: {
-        static const char* const WORDS[] = {"abc",
+        // Words the functions look for, and the heads of the stored forms
+        // that the readers recognise, followed by bytes of the input.
+        static const std::string WORDS[] = {"abc",
                                             " a b,c ",
                                             "12.5",
                                             "-3",
@@ -145,11 +147,13 @@ class ItemMaker {
                                             "C:\\TEMP\\",
                                             "*.*",
                                             "a?c",
-                                            "XHBIN\x01",
                                             "#54A",
-                                            "\x01\x01\x01\x01\x01\x01\x01\x01",
+                                            "#52A",
+                                            std::string("XHBIN\0", 6),
                                             "{1,2}"};
-        itemPutC(vm_, dst, input_.PickValueInArray(WORDS));
+        std::string text = input_.PickValueInArray(WORDS) +
+                           input_.ConsumeBytesAsString(input_.ConsumeIntegralInRange(0, 64));
+        itemPutCL(vm_, dst, text.data(), static_cast<uint32_t>(text.size()));
         break;
       }
       case 11:
