@@ -40,7 +40,8 @@ KOVO_HOST_API DynSymbol* xdynsymFindFromFunction(VMEngine* vm, VMFunction functi
 KOVO_HOST_API void vmGrowStack(VMEngine* vm);
 inline Item* vmPush(VMEngine* vm) {
   VMStack& stack = vm->stack;
-  if (stack.pos == stack.items + stack.wItems) [[unlikely]] vmGrowStack(vm);
+  if (stack.pos == stack.items + stack.wItems) [[unlikely]]
+    vmGrowStack(vm);
   // Free slots are always nil: every pop clears the slot it frees.
   return *stack.pos++;
 }
