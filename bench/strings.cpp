@@ -14,6 +14,7 @@ void PADR(VMEngine*);
 void UPPER(VMEngine*);
 void STRTRAN(VMEngine*);
 void REPLICATE(VMEngine*);
+void RAT(VMEngine*);
 }
 
 namespace {
@@ -96,18 +97,35 @@ void BM_Replicate_16MiB(benchmark::State& state) {
   bench.run(state, {bench.text(sample(16)), bench.number(1 << 20)}, 16 << 20);
 }
 
+// The backward search where every start position looks like a match at its
+// first byte ("ab"), and where every one passes the two-byte filter and the
+// comparison fails only near the pattern's end ("a...aba", 1 KiB).
+constexpr int64_t RUN_OF_A = 16 << 20;
+const std::string LONG_PERIODIC_PATTERN = std::string(1021, 'a') + "aba";
+
+void BM_Rat_InRunOfA(benchmark::State& state, const std::string& pattern) {
+  Bench bench(RAT);
+  bench.run(state, {bench.text(pattern), bench.text(std::string(RUN_OF_A, 'a'))}, RUN_OF_A);
+}
+
 BENCHMARK(BM_Alltrim)->Arg(16)->Arg(LONG_TEXT);
 BENCHMARK(BM_Substr)->Arg(16)->Arg(LONG_TEXT);
 BENCHMARK(BM_Padr)->Arg(16)->Arg(LONG_TEXT);
 BENCHMARK(BM_Upper)->Arg(16)->Arg(LONG_TEXT);
 BENCHMARK(BM_Strtran)->Arg(16)->Arg(LONG_TEXT);
 BENCHMARK(BM_Replicate_16MiB);
+BENCHMARK_CAPTURE(BM_Rat_InRunOfA, ab, std::string("ab"))->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_Rat_InRunOfA, a1021aba, LONG_PERIODIC_PATTERN)->Unit(benchmark::kMillisecond);
 
 const bool PYTHON_REFERENCES = [] {
   registerPythonReference("BM_Python_BytesUpper/1048576", sample(LONG_TEXT), "", "data.upper()",
                           LONG_TEXT);
   registerPythonReference("BM_Python_BytesReplace/1048576", sample(LONG_TEXT), "",
                           "data.replace(b'ab', b'XYZ')", LONG_TEXT);
+  registerPythonReference("BM_Python_BytesRfind_InRunOfA/ab", std::string(RUN_OF_A, 'a'), "",
+                          "data.rfind(b'ab')", RUN_OF_A);
+  registerPythonReference("BM_Python_BytesRfind_InRunOfA/a1021aba", std::string(RUN_OF_A, 'a'),
+                          "pattern = b'a' * 1021 + b'aba'", "data.rfind(pattern)", RUN_OF_A);
   return true;
 }();
 

@@ -99,10 +99,29 @@ uint64_t initialGap(VMEngine* vm, CtText text, uint32_t start, CtText pattern, C
   return growth * found;
 }
 
+// With multi-pass on, a replacement that holds the pattern behind its first
+// byte is found again at every step, and the text grows by at least a byte
+// each time: when the steps allowed would take it past the limit, the end is
+// known before the first one.
+bool feedsItselfPastLimit(VMEngine* vm, CtText text, CtText pattern, CtText replacement, uint32_t n,
+                          uint64_t limit) {
+  if (!vm->ct.multiPass || replacement.length < 2 || replacement.length <= pattern.length) {
+    return false;
+  }
+  uint32_t matchLength = 0;
+  if (!ctSearchForward(vm, replacement.bytes + 1, replacement.length - 1, pattern.bytes,
+                       pattern.length, &matchLength)) {
+    return false;
+  }
+  uint64_t growth = replacement.length - pattern.length;
+  return text.length + uint64_t{n} * growth >= limit;
+}
+
 }  // namespace
 
 char* ctReplaceMatches(VMEngine* vm, CtText text, uint32_t start, CtText pattern,
                        CtText replacement, uint32_t n, uint64_t limit, uint32_t* resultLength) {
+  if (feedsItselfPastLimit(vm, text, pattern, replacement, n, limit)) return nullptr;
   uint64_t gap = initialGap(vm, text, start, pattern, replacement, n);
   if (text.length + gap >= limit) return nullptr;
   GapText work(vm);

@@ -9,6 +9,7 @@
 
 #include "kovo/byte_vector.h"
 #include "kovo/host_text.h"
+#include "last_occurrence.h"
 
 namespace {
 
@@ -99,9 +100,13 @@ const char* firstMatch(const char* text, uint32_t positions, const Needle& needl
   return nullptr;
 }
 
-// The last match among the start positions [0, positions).
+// The last match among the start positions [0, positions). Should the full
+// comparisons of an exact pattern come to cost more than the scan (texts like
+// "aaaa...a" searched for "aa...aba"), the positions left are handed to the
+// two-way search, which is linear in every case.
 const char* lastMatch(const char* text, uint32_t positions, const Needle& needle) {
   const AnchorFilter filter(needle);
+  uint64_t compared = 0;
   uint32_t remaining = positions;
   for (; remaining >= BLOCK; remaining -= BLOCK) {
     const char* block = text + remaining - BLOCK;
@@ -109,6 +114,11 @@ const char* lastMatch(const char* text, uint32_t positions, const Needle& needle
       int top = 31 - __builtin_clz(bits);
       if (wholeMatch(block + top, needle)) return block + top;
       bits &= ~(1u << top);
+      compared += needle.length;
+    }
+    if (!needle.like && compared > 2 * uint64_t{positions - remaining} + 4096) {
+      return lastOccurrence(text, remaining - BLOCK + needle.length - 1, needle.pattern,
+                            needle.length);
     }
   }
   while (remaining > 0) {

@@ -26,7 +26,14 @@ void reserve(VMEngine* vm, BaseArray* array, uint32_t length) {
   uint32_t capacity = array->capacity < 4 ? 4 : array->capacity;
   while (capacity < length)
     capacity = capacity > UINT32_MAX / 2 ? length : capacity * 2;
-  array->items = static_cast<Item*>(vmRealloc(vm, array->items, size_t{capacity} * sizeof(Item)));
+  Item* items = array->items;
+  if (items == arrayInlineItems(array)) {
+    auto* moved = static_cast<Item*>(vmAlloc(vm, size_t{capacity} * sizeof(Item)));
+    std::memcpy(static_cast<void*>(moved), items, size_t{array->length} * sizeof(Item));
+    array->items = moved;
+  } else {
+    array->items = static_cast<Item*>(vmRealloc(vm, items, size_t{capacity} * sizeof(Item)));
+  }
   array->capacity = capacity;
 }
 
@@ -53,10 +60,11 @@ bool hashKeyEquals(const Item* a, const Item* b) {
 }  // namespace
 
 BaseArray* arrayCreate(VMEngine* vm, uint32_t length) {
-  auto* array = static_cast<BaseArray*>(vmAlloc(vm, sizeof(BaseArray)));
+  auto* array =
+      static_cast<BaseArray*>(vmAlloc(vm, sizeof(BaseArray) + size_t{length} * sizeof(Item)));
   array->refCount = 1;
   if (length > 0) {
-    array->items = static_cast<Item*>(vmAlloc(vm, size_t{length} * sizeof(Item)));
+    array->items = arrayInlineItems(array);
     array->capacity = length;
   }
   array->length = length;

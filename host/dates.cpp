@@ -40,7 +40,7 @@ void dateDecode(int32_t julian, int* year, int* month, int* day) {
     *year = *month = *day = 0;
     return;
   }
-  int64_t a = julian + 32044;
+  int64_t a = int64_t{julian} + 32044;
   int64_t b = (4 * a + 3) / 146097;
   int64_t c = a - 146097 * b / 4;
   int64_t d = (4 * c + 3) / 1461;

@@ -1,12 +1,21 @@
 #include "heap.h"
 
+#include <cstdlib>
 #include <cstring>
 
 #include "kovo/host_errors.h"
 #include "kovo/host_items.h"
 #include "system_memory.h"
 
+// Pieces are cut right behind the link, which keeps them aligned as blocks are.
+struct alignas(16) Slab {
+  Slab* next;
+};
+
 namespace {
+
+// Size classes index from 1; the array of kept lists needs one entry more.
+constexpr size_t KEPT_LISTS = SIZE_CLASS_COUNT + 1;
 
 // The size class of a small block (1 to SIZE_CLASS_COUNT), or 0 for a large one.
 size_t sizeClassOf(size_t size) {
@@ -23,10 +32,26 @@ void* startBlock(BlockHeader* header, Heap* heap, size_t size, size_t sizeClass)
   return header + 1;
 }
 
+// A zero-filled piece of `bytes` from the current slab, or from a new one.
+[[gnu::noinline]] BlockHeader* cutFromSlab(Heap* heap, size_t bytes) {
+  if (!heap->slabs || SLAB_SIZE - heap->slabUsed < bytes) {
+    auto* slab = static_cast<Slab*>(systemAllocZeroed(SLAB_SIZE));
+    if (!slab) return nullptr;
+    slab->next = heap->slabs;
+    heap->slabs = slab;
+    heap->slabUsed = sizeof(Slab);
+  }
+  auto* piece =
+      reinterpret_cast<BlockHeader*>(reinterpret_cast<char*>(heap->slabs) + heap->slabUsed);
+  heap->slabUsed += bytes;
+  return piece;
+}
+
 [[gnu::noinline]] void* allocateNew(Heap* heap, size_t size, size_t sizeClass) {
   if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
-  size_t capacity = sizeClass ? sizeClass * SIZE_CLASS_STEP : size;
-  auto* header = static_cast<BlockHeader*>(systemAllocZeroed(sizeof(BlockHeader) + capacity));
+  BlockHeader* header =
+      sizeClass ? cutFromSlab(heap, sizeof(BlockHeader) + sizeClass * SIZE_CLASS_STEP)
+                : static_cast<BlockHeader*>(systemAllocZeroed(sizeof(BlockHeader) + size));
   return header ? startBlock(header, heap, size, sizeClass) : nullptr;
 }
 
@@ -37,7 +62,6 @@ void* allocate(Heap* heap, size_t size, bool zero) {
   BlockHeader* header = sizeClass ? heap->kept[sizeClass] : nullptr;
   if (!header) return allocateNew(heap, size, sizeClass);
   heap->kept[sizeClass] = *reinterpret_cast<BlockHeader**>(header + 1);
-  heap->keptCount[sizeClass]--;
   if (zero) std::memset(header + 1, 0, size);
   return startBlock(header, heap, size, sizeClass);
 }
@@ -47,13 +71,12 @@ void heapFree(void* block) {
   Heap* heap = header->heap;
   heap->liveBlocks--;
   size_t sizeClass = header->sizeClass;
-  if (sizeClass != 0 && heap->keptCount[sizeClass] < KEPT_PER_CLASS) {
-    *reinterpret_cast<BlockHeader**>(header + 1) = heap->kept[sizeClass];
-    heap->kept[sizeClass] = header;
-    heap->keptCount[sizeClass]++;
+  if (sizeClass == 0) {
+    systemFree(header);
     return;
   }
-  systemFree(header);
+  *reinterpret_cast<BlockHeader**>(header + 1) = heap->kept[sizeClass];
+  heap->kept[sizeClass] = header;
 }
 
 }  // namespace
@@ -67,12 +90,11 @@ void* heapAllocFilled(Heap* heap, size_t size) {
 }
 
 void heapReleaseKept(Heap* heap) {
-  for (size_t sizeClass = 1; sizeClass <= SIZE_CLASS_COUNT; sizeClass++) {
-    while (BlockHeader* header = heap->kept[sizeClass]) {
-      heap->kept[sizeClass] = *reinterpret_cast<BlockHeader**>(header + 1);
-      systemFree(header);
-    }
-    heap->keptCount[sizeClass] = 0;
+  for (size_t sizeClass = 0; sizeClass < KEPT_LISTS; sizeClass++)
+    heap->kept[sizeClass] = nullptr;
+  while (Slab* slab = heap->slabs) {
+    heap->slabs = slab->next;
+    systemFree(slab);
   }
 }
 
@@ -88,10 +110,24 @@ void* vmAlloc(VMEngine* vm, size_t size) {
 
 namespace {
 
+// A small block moves into a block of the system's, keeping its holders.
+void* leaveSlab(VMEngine* vm, void* block, size_t size) {
+  BlockHeader* header = blockHeader(block);
+  auto* moved = static_cast<BlockHeader*>(systemAllocZeroed(sizeof(BlockHeader) + size));
+  if (!moved) return nullptr;
+  std::memcpy(moved + 1, block, header->size < size ? header->size : size);
+  uint32_t holders = header->refCount;
+  heapFree(block);
+  void* result = startBlock(moved, vm->heap, size, 0);
+  moved->refCount = holders;
+  return result;
+}
+
 void* reallocate(VMEngine* vm, void* block, size_t size, bool zero) {
   if (!block) return vmTryAlloc(vm, size);
   if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
   BlockHeader* header = blockHeader(block);
+  if (header->sizeClass != 0) return leaveSlab(vm, block, size);
   size_t oldSize = header->size;
   auto* grown = static_cast<BlockHeader*>(systemRealloc(header, sizeof(BlockHeader) + size));
   if (!grown) return nullptr;
@@ -99,8 +135,6 @@ void* reallocate(VMEngine* vm, void* block, size_t size, bool zero) {
     std::memset(reinterpret_cast<char*>(grown + 1) + oldSize, 0, size - oldSize);
   }
   grown->size = size;
-  // The block's capacity is no longer its class's: it is freed, not kept.
-  grown->sizeClass = 0;
   return grown + 1;
 }
 

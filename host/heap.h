@@ -1,8 +1,10 @@
 // The context's heap: zero-filled blocks with a small header that records the
 // owning heap, the size and a reference count (used by shared string buffers).
-// Small blocks that are freed are kept for the next allocation of their size
-// class: a context allocates and frees short strings at a high rate, and only
-// its own thread uses its heap.
+// A context allocates and frees short strings and small arrays at a high rate,
+// and only its own thread uses its heap: small blocks are cut from large
+// slabs, and a freed one is kept for the next allocation of its size class,
+// so that neither costs a call of the C library. The slabs go back when the
+// context ends.
 #pragma once
 
 #include <cstddef>
@@ -11,28 +13,38 @@
 #include "kovo/vmengine.h"
 
 inline constexpr size_t SIZE_CLASS_STEP = 16;
-inline constexpr size_t SIZE_CLASS_COUNT = 16;  // blocks of up to 256 bytes are kept
+// GCC says so with a macro, clang with a feature test.
 #if defined(__SANITIZE_ADDRESS__)
-// Under the address sanitizer every block goes back at once, so that a use
-// after free is caught.
-inline constexpr size_t KEPT_PER_CLASS = 0;
-#else
-inline constexpr size_t KEPT_PER_CLASS = 4096;
+#define KOVO_HEAP_CHECKED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KOVO_HEAP_CHECKED 1
 #endif
+#endif
+#if defined(KOVO_HEAP_CHECKED)
+// Under the address sanitizer every block is the C library's and goes back at
+// once, so that a use after free is caught.
+inline constexpr size_t SIZE_CLASS_COUNT = 0;
+#else
+inline constexpr size_t SIZE_CLASS_COUNT = 16;  // blocks of up to 256 bytes
+#endif
+inline constexpr size_t SLAB_SIZE = size_t{64} << 10;
 
 struct BlockHeader;
+struct Slab;
 
 struct Heap {
   size_t liveBlocks;
-  BlockHeader* kept[SIZE_CLASS_COUNT + 1];  // freed blocks by size class, linked
-  size_t keptCount[SIZE_CLASS_COUNT + 1];
+  BlockHeader* kept[SIZE_CLASS_COUNT + 1];  // freed small blocks by size class, linked
+  Slab* slabs;                              // the slab being cut is the first
+  size_t slabUsed;                          // bytes of the first slab cut so far
 };
 
 struct alignas(16) BlockHeader {
   Heap* heap;
   size_t size;
   uint32_t refCount;
-  uint16_t sizeClass;  // 0 for a block that is freed at once, not kept
+  uint16_t sizeClass;  // 0 for a block of the C library's, freed at once
 };
 
 inline BlockHeader* blockHeader(void* block) {
@@ -46,5 +58,5 @@ void* heapAllocRaw(Heap* heap, size_t size);
 // A block whose bytes the caller writes in full at once, so they are not
 // zeroed first.
 void* heapAllocFilled(Heap* heap, size_t size);
-// Frees the blocks kept for reuse; the heap is ending.
+// Gives the slabs back; the heap is ending.
 void heapReleaseKept(Heap* heap);

@@ -64,7 +64,12 @@ void setListenersRelease(VMEngine* vm);
 // Closes the alternate, extra and printer files that SET left open.
 void setCloseOutputFiles(VMEngine* vm);
 // A new array of nil items with one holder, for an item to take over.
+// An array's first elements share its block, right behind it: a small array
+// is one allocation. Growing moves them into a block of their own.
 BaseArray* arrayCreate(VMEngine* vm, uint32_t length);
+inline Item* arrayInlineItems(BaseArray* array) {
+  return reinterpret_cast<Item*>(array + 1);
+}
 // The `argc` item pointers of a variadic host operation.
 std::vector<Item*> collectItems(uint32_t argc, va_list args);
 // Declares `argv` holding the trailing item arguments of the enclosing variadic operation.
@@ -81,8 +86,11 @@ inline constexpr HB_TYPE COMPLEX_TYPES =
     HB_IT_STRING | HB_IT_ARRAY | HB_IT_HASH | HB_IT_BLOCK | HB_IT_BYREF | HB_IT_ELEMREF;
 void releaseComplexPayload(Item* item);
 // Item release of the payload alone; the caller resets the type word.
+// Constant text, which programs pass as arguments all the time, holds nothing.
 inline void itemReleasePayload(Item* item) {
-  if (item->type & COMPLEX_TYPES) releaseComplexPayload(item);
+  if (!(item->type & COMPLEX_TYPES)) return;
+  if ((item->type & HB_IT_STRING) && !item->item.asString.owned) return;
+  releaseComplexPayload(item);
 }
 inline void clearItem(Item* item) {
   itemReleasePayload(item);

@@ -52,7 +52,7 @@ void destroyArrays(BaseArray* first) {
     dying.pop_back();
     for (uint32_t i = 0; i < array->length; i++)
       releaseInto(&array->items[i], &dying);
-    if (array->items) heapRelease(array->items);
+    if (array->items && array->items != arrayInlineItems(array)) heapRelease(array->items);
     heapRelease(array);
   }
 }

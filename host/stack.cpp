@@ -5,10 +5,8 @@
 #include "internals.h"
 #include "kovo/host_embed.h"
 
-namespace {
-
 // Kept out of line: the push that needs it is rare, the others must stay cheap.
-[[gnu::noinline, gnu::cold]] void growStack(VMEngine* vm) {
+void vmGrowStack(VMEngine* vm) {
   VMStack& stack = vm->stack;
   ptrdiff_t top = stack.pos - stack.items;
   ptrdiff_t base = stack.pBase - stack.items;
@@ -22,11 +20,17 @@ namespace {
   stack.pBase = stack.items + base;
 }
 
+namespace {
+
+// Releasing a value runs no script code, so the top is kept in a register
+// and stored once.
 void popTo(VMEngine* vm, ptrdiff_t frameBase) {
   VMStack& stack = vm->stack;
   Item** base = stack.items + frameBase;
-  while (stack.pos > base)
-    clearItem(*--stack.pos);
+  Item** top = stack.pos;
+  while (top > base)
+    clearItem(*--top);
+  stack.pos = top;
 }
 
 // In the extended layout the parameters lie displaced by as many slots as
@@ -86,25 +90,6 @@ void runFrame(VMEngine* vm, uint16_t count, bool send) {
 }
 
 }  // namespace
-
-Item* vmPush(VMEngine* vm) {
-  VMStack& stack = vm->stack;
-  if (stack.pos == stack.items + stack.wItems) growStack(vm);
-  // Free slots are always nil: every pop clears the slot it frees.
-  return *stack.pos++;
-}
-
-void vmPushNil(VMEngine* vm) {
-  vmPush(vm);
-}
-
-void vmPushSymbol(VMEngine* vm, DynSymbol* symbol) {
-  Item* item = vmPush(vm);
-  item->type = HB_IT_SYMBOL;
-  item->item.asSymbol.value = symbol;
-  item->item.asSymbol.stackBase = static_cast<int32_t>(vm->stack.pos - vm->stack.items - 1);
-  item->item.asSymbol.paramCount = 0;
-}
 
 void itemPushForward(VMEngine* vm, Item* item) {
   itemForwardValue(vm, vmPush(vm), item);

@@ -2,7 +2,8 @@
 # Installs, builds and runs the whole test suite: the ordinary build and the
 # sanitizer build (AddressSanitizer + UndefinedBehaviorSanitizer), each with
 # its unit tests and the shell cases in the ordinary and the extended frame
-# layout, and a short run of every fuzz target; then checks that the sources
+# layout, a short run of every fuzz target and the thread test under
+# ThreadSanitizer; then checks that the sources
 # follow .clang-format.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -18,11 +19,17 @@ cmake --build build-asan -j"$(nproc)"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir build-asan --output-on-failure -j"$(nproc)"
 
-# The fuzz targets of the readers of untrusted bytes: clang, their own tree,
-# a few seconds each.
+# The fuzz targets of the readers of untrusted bytes, a few seconds each, and
+# a minute of the call fuzzer over every export: clang, their own tree.
 cmake -S tests/fuzz -B build-fuzz -DCMAKE_CXX_COMPILER=clang++ > /dev/null
 cmake --build build-fuzz -j"$(nproc)"
 ctest --test-dir build-fuzz --output-on-failure -j"$(nproc)"
+
+# Several threads at once, each with its own context, under ThreadSanitizer:
+# its own tree, with only the host, the library and the shell's evaluator.
+cmake -S tests/threads -B build-tsan -DCMAKE_CXX_COMPILER=clang++ > /dev/null
+cmake --build build-tsan -j"$(nproc)"
+ctest --test-dir build-tsan --output-on-failure
 
 # The 32-bit Windows build under Wine.
 scripts/test-windows.sh

@@ -37,10 +37,28 @@ KOVO_HOST_API void xdynsymEval(VMEngine* vm, bool (*callback)(VMEngine*, DynSymb
 KOVO_HOST_API bool GetSymbolInfo(VMEngine* vm, DynSymbol* symbol, void* cargo);
 KOVO_HOST_API DynSymbol* xdynsymFindFromFunction(VMEngine* vm, VMFunction function);
 
-// The stack. A push leaves the new top item nil and returns it.
-KOVO_HOST_API Item* vmPush(VMEngine* vm);
-KOVO_HOST_API void vmPushSymbol(VMEngine* vm, DynSymbol* symbol);
-KOVO_HOST_API void vmPushNil(VMEngine* vm);
+// The stack. A push leaves the new top item nil and returns it. The pushes
+// are inline, as the interpreter makes several at every call; only growing
+// the slot array is a call.
+KOVO_HOST_API void vmGrowStack(VMEngine* vm);
+inline Item* vmPush(VMEngine* vm) {
+  VMStack& stack = vm->stack;
+  if (stack.pos == stack.items + stack.wItems) [[unlikely]]
+    vmGrowStack(vm);
+  // Free slots are always nil: every pop clears the slot it frees.
+  return *stack.pos++;
+}
+inline void vmPushNil(VMEngine* vm) {
+  vmPush(vm);
+}
+// A symbol item records its own stack position.
+inline void vmPushSymbol(VMEngine* vm, DynSymbol* symbol) {
+  Item* item = vmPush(vm);
+  item->type = HB_IT_SYMBOL;
+  item->item.asSymbol.value = symbol;
+  item->item.asSymbol.stackBase = static_cast<int32_t>(vm->stack.pos - vm->stack.items - 1);
+  item->item.asSymbol.paramCount = 0;
+}
 KOVO_HOST_API void itemPushForward(VMEngine* vm, Item* item);
 // Removes `count` items from the top, releasing their values.
 KOVO_HOST_API void vmPop(VMEngine* vm, uint32_t count);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ct/charset.h"
+#include "ct/last_occurrence.h"
 #include "ct/replace.h"
 #include "ct/result.h"
 #include "ct/search.h"
@@ -95,6 +96,29 @@ TEST(SearchPrimitives, ExactModeTakesTheWildcardLiterally) {
   const char* text = "a?b";
   EXPECT_EQ(ctAtForward(text, 3, "?", 1, nullptr), text + 1);
   EXPECT_EQ(ctAtBackward(text, 3, "??", 2, nullptr), nullptr);
+}
+
+// The two-way backward search alone, on short texts of two letters where
+// periodic patterns abound, and through the exact search on long texts whose
+// every position passes the two-byte filter, where it takes over.
+TEST(SearchPrimitives, LastOccurrenceAgreesWithTheByteLoop) {
+  std::mt19937 random(16);
+  for (int round = 0; round < 40000; round++) {
+    std::string text = randomBytes(random, random() % 60, "ab");
+    std::string pattern = randomBytes(random, 1 + random() % 8, "ab");
+    const char* found = lastOccurrence(text.data(), text.size(), pattern.data(), pattern.size());
+    ASSERT_EQ(found ? found - text.data() : -1, referenceSearch(text, pattern, false, false))
+        << text << " / " << pattern;
+  }
+  for (const auto& [run, tail] : {std::pair<size_t, std::string>{3000, "ba"}, {40, "aba"}}) {
+    std::string pattern = std::string(run, 'a') + tail;
+    for (size_t at : {size_t{0}, size_t{7}, size_t{50000}}) {
+      std::string text(100000, 'a');
+      text.replace(at, pattern.size(), pattern);
+      EXPECT_EQ(primitiveSearch(text, pattern, false, false, nullptr), static_cast<long>(at));
+    }
+    EXPECT_EQ(primitiveSearch(std::string(100000, 'a'), pattern, false, false, nullptr), -1);
+  }
 }
 
 long referenceCharSet(const std::string& text, const std::string& set, uint32_t* index) {

@@ -1,0 +1,12 @@
+// Where a fuzz run may write: a temporary directory made for the run, which is
+// the current directory, HOME, TEMP and the folder of the registry store, and
+// is removed at the end; beside it only the folders that libFuzzer itself
+// writes to (artifacts, the corpus). Everything else on the file system is
+// read-only to the process, and it may open no network connection, whatever
+// the functions under test are asked to do (Landlock; where the kernel lacks
+// it the run says so and has only the redirections).
+#pragma once
+
+// Called before libFuzzer reads its arguments: the paths among them are made
+// absolute, as the current directory becomes the run's.
+void enterSandbox(int argc, char** argv);
