@@ -73,8 +73,10 @@ uint32_t listEntries(const char* mask, uint32_t asked, std::vector<FileFindInfo>
     // One name: found through the name space, without a listing when it
     // exists as written.
     std::string path = joined(directory, pattern);
-    if (matchLetterCase(&path, directory.size()) == NameStatus::Exists)
-      addEntry(path, path.c_str() + path.rfind('/') + 1, asked, entries);
+    if (matchLetterCase(&path, directory.size()) == NameStatus::Exists) {
+      size_t nameStart = path.rfind('/') + 1;  // no folder (npos + 1 is 0): the whole path
+      addEntry(path, path.c_str() + nameStart, asked, entries);
+    }
   }
   return 0;
 }

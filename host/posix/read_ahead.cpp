@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 
 namespace {
 
@@ -21,11 +20,14 @@ struct Block {
 };
 
 std::atomic<uint64_t> writeGeneration{0};
-std::unique_ptr<Block> blocks[TRACKED];
+// Owned by the slot. A descriptor's number is reused by whichever thread opens
+// next once it is closed, so the slot passes between threads: the drop before
+// the close releases it and the drop after the open acquires it.
+std::atomic<Block*> blocks[TRACKED];
 
 Block* blockOf(int fd) {
   if (fd < 0 || fd >= TRACKED) return nullptr;
-  Block* block = blocks[fd].get();
+  Block* block = blocks[fd].load(std::memory_order_acquire);
   if (block && block->generation != writeGeneration.load(std::memory_order_relaxed)) {
     // Written meanwhile: put the descriptor where the program is and forget the rest.
     lseek(fd, block->start + block->pos, SEEK_SET);
@@ -54,9 +56,9 @@ bool readAheadRead(int fd, char* buffer, uint32_t count, uint32_t* done) {
   if (fd < 0 || fd >= TRACKED) return false;
   Block* block = blockOf(fd);
   if (!block) {
-    blocks[fd].reset(new Block);  // left unfilled: only what is read is looked at
-    block = blocks[fd].get();
+    block = new Block;  // left unfilled: only what is read is looked at
     block->size = block->pos = 0;
+    blocks[fd].store(block, std::memory_order_release);
   }
   while (*done < count) {
     if (block->pos < block->size) {
@@ -106,7 +108,7 @@ bool readAheadSeek(int fd, int64_t offset, int whence, int64_t* position) {
 }
 
 void readAheadDrop(int fd) {
-  if (fd >= 0 && fd < TRACKED) blocks[fd].reset();
+  if (fd >= 0 && fd < TRACKED) delete blocks[fd].exchange(nullptr, std::memory_order_acq_rel);
 }
 
 void readAheadInvalidate() {

@@ -6,7 +6,8 @@
 // A family joins with one row of FAMILIES: statements of the shell's
 // language. Each thread has its own folder `cDir` (with a trailing slash) and
 // number `nThread`; statements that create files or registry keys put them
-// there, and print nothing that names them.
+// there, and print nothing that names them. The registry store is a file in
+// the test's own temporary folder.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -22,6 +23,7 @@ namespace {
 struct Family {
   const char* name;
   const char* statements;
+  int rounds = 25;  // fewer for the families that wait on the disk
 };
 
 const Family FAMILIES[] = {
@@ -51,6 +53,32 @@ const Family FAMILIES[] = {
     {"errors and types",
      R"(? LEN(5), VALTYPE({=>}), HB_ISNUMERIC(1), TYPE("1 + 1"), DOSERROR(nThread), DOSERROR()
         ? __ERRRT_SBASE(1, 1111, "x", "LEN", 1, 5))"},
+    {"SET",
+     R"(? SET(1, .T.), SET(1), SET(1, .F.), SET(4, "yyyy.mm.dd"), SET(4, "mm/dd/yy")
+        ? SET(5, 1950 + nThread), SET(5), SET(18, 3), SET(3, .T.), SET(3, .F.), SET(7, "D"), SET(7, ""))"},
+    {"memory variables",
+     R"(__MVPUBLIC({"mA", "mB"}); __MVPUT("mA", nThread * 2); __MVPUT("mB", "t" + HB_VALTOSTR(nThread))
+        __MVSAVE(cDir + "v", "M*", .T.); __MVPUT("mA", 0); __MVPUT("mB", "")
+        ? __MVRESTORE(cDir + "v", .T.), __MVGET("mA"), __MVGET("mB"), FILESIZE(cDir + "v.mem"))",
+     5},
+    {"files",
+     R"(h := FCREATE(cDir + "f.txt"); ? FWRITE(h, REPLICATE("xy", 100 + nThread)), FSEEK(h, 10), FSEEK(h, 0, 2)
+        s := SPACE(6); FSEEK(h, 1); ? FREAD(h, @s, 6), s, FCLOSE(h), FILESIZE(cDir + "f.txt")
+        ? MEMOWRIT(cDir + "m.txt", "line" + HB_VALTOSTR(nThread)), MEMOREAD(cDir + "m.txt"), FERASE(cDir + "m.txt")
+        DIRMAKE(cDir + "sub"); ? MEMOWRIT(cDir + "sub/x", "abc"), FILESIZE(cDir + "sub/x"), FERASE(cDir + "sub/x"), FERASE(cDir + "f.txt"))",
+     5},
+    {"registry",
+     R"(k := "Software\KovoThreads\T" + HB_VALTOSTR(nThread)
+        ? REGCREATEKEY(0x80000001, k + "\Child", @c), REGCREATEKEY(0x80000001, k, @h), REGSETVALUEEX(h, "n", , 1, "v" + HB_VALTOSTR(nThread), 4)
+        ? REGQUERYVALUEEX(h, "n", , @t, @d, @z), t, d, z, REGENUMKEYEX(h, 0, @n, @l), n, REGCLOSEKEY(c), REGCLOSEKEY(h))",
+     3},
+    {"ODBC",
+     R"sql(SQLALLOCEN(@e); SQLALLOCCO(e, @c); ? SQLDRIVERC(c, "Driver=SQLite3;Database=" + cDir + "t.db", @o), SQLALLOCST(c, @s)
+        ? SQLEXECDIR(s, "create table if not exists t(a integer, b text)"), SQLEXECDIR(s, "delete from t")
+        ? SQLEXECDIR(s, "insert into t values(" + HB_VALTOSTR(nThread) + ", 'x')"), SQLEXECDIR(s, "select a * 2, b from t")
+        ? SQLFETCH(s), SQLGETDATA(s, 1, 1, 10, @v), v, SQLGETDATA(s, 2, 1, 10, @w), w, SQLFETCH(s)
+        ? SQLFREESTM(s, 1), SQLDISCONN(c), SQLFREECON(c), SQLFREEENV(e))sql",
+     3},
 };
 
 constexpr int ROUNDS = 25;
@@ -59,8 +87,9 @@ std::string script(int thread, const std::filesystem::path& folder) {
   std::string text =
       "nThread := " + std::to_string(thread) + "\ncDir := \"" + folder.string() + "/\"\n";
   for (int round = 0; round < ROUNDS; round++) {
-    for (const Family& family : FAMILIES)
-      text += std::string(family.statements) + "\n";
+    for (const Family& family : FAMILIES) {
+      if (round < family.rounds) text += std::string(family.statements) + "\n";
+    }
   }
   return text;
 }
@@ -100,6 +129,9 @@ int main(int argc, char** argv) {
   }
   std::filesystem::path base =
       std::filesystem::temp_directory_path() / ("kovo-threads-" + std::to_string(getpid()));
+  // The registry store of every thread's keys, made before any thread starts
+  std::filesystem::create_directories(base);
+  setenv("KOVO_REGISTRY", (base / "registry.db").c_str(), 1);
   std::vector<std::string> scripts;
   for (int i = 0; i < threads; i++) {
     std::filesystem::path folder = base / std::to_string(i);
