@@ -12,22 +12,7 @@ packages=(
   libz-mingw-w64 libz-mingw-w64-dev googletest
   wine wine32:i386 libsqliteodbc:i386
 )
-missing=()
-for package in "${packages[@]}"; do
-  if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed'; then
-    missing+=("$package")
-  fi
-done
-if ((${#missing[@]})); then
-  sudo=""
-  if [ "$(id -u)" -ne 0 ]; then sudo=sudo; fi
-  $sudo dpkg --add-architecture i386
-  # The i386 index of the security archive is at times stale: the update then
-  # fails, and the install goes on from the release itself.
-  $sudo apt-get update -q || echo "apt-get update failed; installing from bookworm"
-  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -q --no-install-recommends \
-    -t bookworm "${missing[@]}"
-fi
+scripts/install-packages.sh --i386 "${packages[@]}"
 
 export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-$(command -v ccache || true)}
 cmake -S . -B build-win32 -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-i686.cmake \
