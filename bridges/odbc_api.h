@@ -2,15 +2,8 @@
 // once per process, and the numbers that programs carry for ODBC handles.
 #pragma once
 
-// Windows' ODBC headers build on its own types.
-#if defined(_WIN32)
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#include <windows.h>
-#endif
-#include <sql.h>
-#include <sqlext.h>
+// The platform's ODBC headers (bridges/<platform>/, on the include path).
+#include "odbc_sql.h"
 
 #include <cstdint>
 
