@@ -1,5 +1,7 @@
 // Low-level file functions over the host's file layer: handles, reading,
 // writing, seeking and the layer's error cell.
+#include <cmath>
+#include <cstdint>
 #include <cstring>
 
 #include "frame/frame.h"
@@ -115,7 +117,13 @@ KOVO_FUNC(FSEEK) {
     itemPutNL(vm, returnItem(vm), 0);
     return;
   }
-  auto offset = static_cast<int64_t>(paramGetND(vm, 2));
+  // An offset beyond any file (or not a number) stops at the 64-bit limits, which
+  // the seek then refuses as the operating system does.
+  double wanted = paramGetND(vm, 2);
+  int64_t offset = wanted >= 0x1p63     ? INT64_MAX
+                   : wanted >= -0x1p63  ? static_cast<int64_t>(wanted)
+                   : std::isnan(wanted) ? 0
+                                        : INT64_MIN;
   auto origin = static_cast<uint16_t>(paramGetNI(vm, 3));
   itemPutNInt(vm, returnItem(vm), fsSeekLarge(vm, paramHandle(vm, 1), offset, origin));
 }
