@@ -28,7 +28,10 @@ std::atomic<Block*> blocks[TRACKED];
 Block* blockOf(int fd) {
   if (fd < 0 || fd >= TRACKED) return nullptr;
   Block* block = blocks[fd].load(std::memory_order_acquire);
-  if (block && block->generation != writeGeneration.load(std::memory_order_relaxed)) {
+  // An empty block holds nothing ahead of the descriptor: it stands where the
+  // program is, and its old start must not move it back there.
+  if (block && block->size > 0 &&
+      block->generation != writeGeneration.load(std::memory_order_relaxed)) {
     // Written meanwhile: put the descriptor where the program is and forget the rest.
     lseek(fd, block->start + block->pos, SEEK_SET);
     block->size = block->pos = 0;

@@ -114,6 +114,20 @@ Outcome runScript(const Library& library, const std::string& text) {
   return outcome;
 }
 
+// The line where the two runs part, so that a failure names its statement
+void reportFirstDifference(const std::string& alone, const std::string& together) {
+  size_t at = 0;
+  while (at < alone.size() && at < together.size() && alone[at] == together[at])
+    at++;
+  size_t lineStart = alone.rfind('\n', at == 0 ? 0 : at - 1);
+  lineStart = lineStart == std::string::npos ? 0 : lineStart + 1;
+  auto lineOf = [lineStart](const std::string& text) {
+    return text.substr(lineStart, text.find('\n', lineStart) - lineStart);
+  };
+  std::fprintf(stderr, "  alone:    %s\n  together: %s\n", lineOf(alone).c_str(),
+               lineOf(together).c_str());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -155,6 +169,7 @@ int main(int argc, char** argv) {
         together[i].output != alone[i].output) {
       std::fprintf(stderr, "thread %d differs from its run alone (leaked %zu)\n", i,
                    together[i].leaked);
+      reportFirstDifference(alone[i].output, together[i].output);
       failed++;
     }
   }
