@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 packages=(
   g++-mingw-w64-i686-posix binutils-mingw-w64-i686 mingw-w64-i686-dev
   libz-mingw-w64 libz-mingw-w64-dev googletest
-  wine wine32:i386 libsqliteodbc:i386
+  wine wine32:i386 libodbc2:i386 libsqliteodbc:i386
 )
 scripts/install-packages.sh --i386 "${packages[@]}"
 
@@ -21,6 +21,9 @@ cmake --build build-win32 -j"$(nproc)"
 
 WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/kovo-wine.XXXXXX")
 export WINEPREFIX WINEARCH=win32 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+# The programs were written for a Russian Windows: its ANSI code page, 1251,
+# is the one Wine then takes, and the registry compares names in it.
+export LC_ALL=ru_RU.UTF-8
 stop_wine() {
   timeout 60 wineserver -k > /dev/null 2>&1 || true
   rm -rf "$WINEPREFIX"

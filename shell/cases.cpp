@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "case_directory.h"
+#include "case_registry.h"
 #include "parser.h"
 #include "session.h"
 
@@ -72,6 +73,7 @@ std::string runCase(const Library& library, const Case& c, bool extendedFrames, 
            error.message + "\n";
   }
   CaseDirectory directory;
+  CaseRegistry registry;
   Session session(library, output, extendedFrames);
   try {
     session.run(std::move(program), true);
