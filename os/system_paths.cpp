@@ -8,7 +8,7 @@
 #include "frame/frame.h"
 #include "frame/state.h"
 #include "os/file_system.h"
-#include "rtl/guid.h"
+#include "os/guid.h"
 
 namespace {
 
@@ -96,7 +96,7 @@ KOVO_FUNC(NUMDISKL) {
 KOVO_FUNC(TEMPFILE) {
   auto* name = static_cast<char*>(vmAlloc(vm, TEMP_NAME_BUFFER));
   Guid guid;
-  newGuid(&guid);
+  osNewGuid(&guid);
   char unique[80];
   std::snprintf(unique, sizeof unique, "%08X%08X%08X%08X", littleEndian(guid.bytes, 4),
                 littleEndian(guid.bytes + 4, 4), littleEndian(guid.bytes + 8, 4),
