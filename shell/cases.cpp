@@ -92,19 +92,27 @@ std::string indent(const std::string& text) {
   return out.empty() ? "    (nothing)\n" : out;
 }
 
+// Read whole and closed before any case runs: the cases see the handles of a
+// process that holds no file of its own, as a program run alone does.
+bool readCaseFile(const std::string& file, std::vector<Case>* cases) {
+  std::ifstream in(file);
+  if (!in) return false;
+  *cases = readCases(in);
+  return true;
+}
+
 }  // namespace
 
 int runCaseFiles(const Library& library, const std::vector<std::string>& files,
                  bool extendedFrames) {
   int failed = 0;
   for (const std::string& file : files) {
-    std::ifstream in(file);
-    if (!in) {
+    std::vector<Case> cases;
+    if (!readCaseFile(file, &cases)) {
       std::printf("FAIL %s: cannot read the file\n", file.c_str());
       failed++;
       continue;
     }
-    std::vector<Case> cases = readCases(in);
     std::erase_if(cases, [](const Case& c) {
       return !c.platform.empty() && c.platform != KOVO_PLATFORM_NAME;
     });

@@ -249,6 +249,8 @@ std::string workingDirectory() {
 
 ResolvedName resolveName(const char* name) {
   std::string_view text(name);
+  // Windows finds no path in an empty name: every call on one fails with 3.
+  if (text.empty()) return {{}, NameStatus::PathMissing, -1};
   ResolvedName result{{}, NameStatus::NoDrive, driveLetter(text)};
   LexicalName lexical;
   bool mapped;
