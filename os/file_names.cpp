@@ -51,9 +51,12 @@ KOVO_FUNC(FILEMOVE) {
 KOVO_FUNC(FILEDELETE) {
   bool deleted = false;
   if (paramIsString(vm, 1)) {
+    // Read before the name's copy is made: an array here throws the
+    // readers' exception, which must leave no copy behind.
+    auto attributes = static_cast<uint32_t>(paramGetNI(vm, 2));
     bool mustFree = false;
     const char* mask = fsFileNameConv(vm, paramPChar(vm, 1), &mustFree);
-    FileFindInfo* found = fsFindFirst(vm, mask, static_cast<uint32_t>(paramGetNI(vm, 2)));
+    FileFindInfo* found = fsFindFirst(vm, mask, attributes);
     if (found) {
       int startDrive = fsCurDrv(vm);
       std::string startDirectory = std::string("\\") + fsCurDir(vm, 0);

@@ -426,6 +426,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   itemClear(vm, &lastResult);
   size_t left = vmDestroy(vm);
+  clearRunDirectory();
   if (left != 0 && !ended) {
     std::fprintf(stderr, "heap blocks left in the context: %zu\n", left);
     std::abort();

@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <linux/landlock.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -30,6 +32,11 @@ struct RulesetAttributes {
 };
 
 fs::path runDirectory;
+
+// No file of a run grows beyond this: a write past it fails as on a full disk.
+constexpr rlim_t LARGEST_FILE = rlim_t{64} << 20;
+// The registry store's files stay from input to input, as its connection does.
+constexpr const char* STORE_PREFIX = "registry.db";
 
 void removeRunDirectory() {
   std::error_code ignored;
@@ -153,10 +160,21 @@ void enterSandbox(int argc, char** argv) {
     setenv(name, runDirectory.c_str(), 1);
   setenv("KOVO_REGISTRY", (runDirectory / "registry.db").c_str(), 1);
   writable.push_back(runDirectory);
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit fileSize{LARGEST_FILE, LARGEST_FILE};
+  setrlimit(RLIMIT_FSIZE, &fileSize);
   if (!restrictWrites(writable)) {
     std::fprintf(stderr,
                  "sandbox: this kernel offers no Landlock; the run is redirected into %s "
                  "but not confined to it\n",
                  runDirectory.c_str());
+  }
+}
+
+void clearRunDirectory() {
+  std::error_code ignored;
+  for (const fs::directory_entry& entry : fs::directory_iterator(runDirectory, ignored)) {
+    if (entry.path().filename().string().rfind(STORE_PREFIX, 0) == 0) continue;
+    fs::remove_all(entry.path(), ignored);
   }
 }

@@ -4,9 +4,14 @@
 // writes to (artifacts, the corpus). Everything else on the file system is
 // read-only to the process, and it may open no network connection, whatever
 // the functions under test are asked to do (Landlock; where the kernel lacks
-// it the run says so and has only the redirections).
+// it the run says so and has only the redirections). No file may grow beyond
+// 64 MiB, and what one input wrote is gone before the next, so that a run of
+// millions of inputs never fills the disk.
 #pragma once
 
 // Called before libFuzzer reads its arguments: the paths among them are made
 // absolute, as the current directory becomes the run's.
 void enterSandbox(int argc, char** argv);
+
+// Empties the run's directory of what the last input wrote.
+void clearRunDirectory();
