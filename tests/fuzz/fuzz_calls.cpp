@@ -409,6 +409,7 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  startInput();
   FuzzedDataProvider input(data, size);
   VMConfig config{&EVENTS, nullptr, false};
   VMEngine* vm = vmCreate(&config);

@@ -13,5 +13,7 @@
 // absolute, as the current directory becomes the run's.
 void enterSandbox(int argc, char** argv);
 
+// Called as each input starts.
+void startInput();
 // Empties the run's directory of what the last input wrote.
 void clearRunDirectory();
