@@ -426,6 +426,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ended = true;
   }
   itemClear(vm, &lastResult);
+  for (int fd : filesLeftOpen())
+    fsClose(vm, fd);
   size_t left = vmDestroy(vm);
   clearRunDirectory();
   if (left != 0 && !ended) {

@@ -32,6 +32,10 @@ struct RulesetAttributes {
 };
 
 fs::path runDirectory;
+// The process's standard streams as the run began, kept on other descriptors:
+// the calls under test may close or replace them.
+int standardStreams[3] = {-1, -1, -1};
+constexpr int SAVED_STREAMS_FROM = 100;
 
 // No file of a run grows beyond this: a write past it fails as on a full disk.
 constexpr rlim_t LARGEST_FILE = rlim_t{64} << 20;
@@ -160,6 +164,8 @@ void enterSandbox(int argc, char** argv) {
     setenv(name, runDirectory.c_str(), 1);
   setenv("KOVO_REGISTRY", (runDirectory / "registry.db").c_str(), 1);
   writable.push_back(runDirectory);
+  for (int stream = 0; stream < 3; stream++)
+    standardStreams[stream] = fcntl(stream, F_DUPFD_CLOEXEC, SAVED_STREAMS_FROM);
   rlimit fileSize{LARGEST_FILE, LARGEST_FILE};
   setrlimit(RLIMIT_FSIZE, &fileSize);
   if (!restrictWrites(writable)) {
@@ -175,6 +181,23 @@ void startInput() {
   // read its options; a write past the limit must fail as on a full disk instead.
   static const bool writesFailPastLimit = std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR;
   (void)writesFailPastLimit;
+  for (int stream = 0; stream < 3; stream++)
+    if (standardStreams[stream] >= 0) dup2(standardStreams[stream], stream);
+}
+
+std::vector<int> filesLeftOpen() {
+  std::vector<int> open;
+  std::error_code ignored;
+  const std::string prefix = runDirectory.string() + "/";
+  for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd", ignored)) {
+    int fd = std::atoi(entry.path().filename().c_str());
+    std::string target = fs::read_symlink(entry.path(), ignored).string();
+    if (fd > 2 && target.rfind(prefix, 0) == 0 &&
+        target.compare(prefix.size(), std::strlen(STORE_PREFIX), STORE_PREFIX) != 0) {
+      open.push_back(fd);
+    }
+  }
+  return open;
 }
 
 void clearRunDirectory() {

@@ -9,11 +9,17 @@
 // millions of inputs never fills the disk.
 #pragma once
 
+#include <vector>
+
 // Called before libFuzzer reads its arguments: the paths among them are made
 // absolute, as the current directory becomes the run's.
 void enterSandbox(int argc, char** argv);
 
-// Called as each input starts.
+// Called as each input starts: the standard streams are the run's again.
 void startInput();
+// The descriptors of files in the run's directory that the calls opened and
+// left open (the registry store's aside), to be closed before the next input:
+// over millions of inputs they would reach the process's limit.
+std::vector<int> filesLeftOpen();
 // Empties the run's directory of what the last input wrote.
 void clearRunDirectory();
