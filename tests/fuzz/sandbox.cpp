@@ -149,7 +149,28 @@ bool restrictWrites(const std::vector<fs::path>& writable) {
 
 }  // namespace
 
+namespace {
+
+// Pipes, sockets and terminals the process was started with: a read of one
+// that the calls under test may make would wait for ever.
+void closeInheritedStreams() {
+  std::error_code ignored;
+  std::vector<int> streams;
+  for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd", ignored)) {
+    int fd = std::atoi(entry.path().filename().c_str());
+    std::string target = fs::read_symlink(entry.path(), ignored).string();
+    if (fd > 2 && (target.rfind("pipe:", 0) == 0 || target.rfind("socket:", 0) == 0 ||
+                   target.rfind("/dev/pts", 0) == 0 || target.rfind("/dev/tty", 0) == 0))
+      streams.push_back(fd);
+  }
+  for (int fd : streams)
+    close(fd);
+}
+
+}  // namespace
+
 void enterSandbox(int argc, char** argv) {
+  closeInheritedStreams();
   makePathsAbsolute(argc, argv);
   std::vector<fs::path> writable = fuzzerFolders(argc, argv);
   std::string pattern = (fs::temp_directory_path() / "kovo-fuzz-XXXXXX").string();
