@@ -167,10 +167,27 @@ void closeInheritedStreams() {
     close(fd);
 }
 
+// The low descriptors are held on /dev/null for the whole run, so that the
+// pipes the sanitizers open later (their symbolizer's) get numbers above them:
+// the small handle numbers that inputs make up then read nothing and wait for
+// nothing.
+void holdLowDescriptors() {
+  constexpr int HELD_BELOW = 64;
+  for (;;) {
+    int fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return;
+    if (fd >= HELD_BELOW) {
+      close(fd);
+      return;
+    }
+  }
+}
+
 }  // namespace
 
 void enterSandbox(int argc, char** argv) {
   closeInheritedStreams();
+  holdLowDescriptors();
   makePathsAbsolute(argc, argv);
   std::vector<fs::path> writable = fuzzerFolders(argc, argv);
   std::string pattern = (fs::temp_directory_path() / "kovo-fuzz-XXXXXX").string();
@@ -227,4 +244,5 @@ void clearRunDirectory() {
     if (entry.path().filename().string().rfind(STORE_PREFIX, 0) == 0) continue;
     fs::remove_all(entry.path(), ignored);
   }
+  holdLowDescriptors();  // again where the calls closed one
 }
