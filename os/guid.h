@@ -16,7 +16,8 @@ struct Guid {
 bool osNewGuid(Guid* guid);
 // "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}" with upper-case digits and its NUL.
 void osGuidText(const Guid& guid, char (&text)[GUID_TEXT_LENGTH + 2]);
-// The text form (digits of either case) read back; false for anything else.
+// The text form (digits of either case) read back; false, with `guid` left
+// untouched, for anything else.
 bool osParseGuid(const char* text, Guid* guid);
 
 // `count` bytes read as a little-endian number.

@@ -52,10 +52,11 @@ KOVO_FUNC(XGUID) {
   itemPutCPtr(vm, returnItem(vm), text, static_cast<uint32_t>(std::strlen(text)));
 }
 
-// Text that does not parse gives sixteen zero bytes.
+// Text that does not parse gives sixteen zero bytes: the parser leaves the
+// GUID untouched then.
 KOVO_FUNC(IDXTOGUID) {
   Guid guid{};
-  if (!osParseGuid(paramPChar(vm, 1), &guid)) guid = Guid{};
+  osParseGuid(paramPChar(vm, 1), &guid);
   returnGuid(vm, guid);
 }
 

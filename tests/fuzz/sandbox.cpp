@@ -13,6 +13,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -151,18 +152,30 @@ bool restrictWrites(const std::vector<fs::path>& writable) {
 
 namespace {
 
+// The open descriptors above the standard streams whose target (a path, or
+// "pipe:[…]" and the like) `wanted` accepts.
+template <typename Wanted>
+std::vector<int> descriptorsWhere(Wanted wanted) {
+  std::vector<int> found;
+  std::error_code ignored;
+  for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd", ignored)) {
+    int fd = std::atoi(entry.path().filename().c_str());
+    if (fd > 2 && wanted(fs::read_symlink(entry.path(), ignored).string())) found.push_back(fd);
+  }
+  return found;
+}
+
+bool isStoreFile(std::string_view name) {
+  return name.starts_with(STORE_PREFIX);
+}
+
 // Pipes, sockets and terminals the process was started with: a read of one
 // that the calls under test may make would wait for ever.
 void closeInheritedStreams() {
-  std::error_code ignored;
-  std::vector<int> streams;
-  for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd", ignored)) {
-    int fd = std::atoi(entry.path().filename().c_str());
-    std::string target = fs::read_symlink(entry.path(), ignored).string();
-    if (fd > 2 && (target.rfind("pipe:", 0) == 0 || target.rfind("socket:", 0) == 0 ||
-                   target.rfind("/dev/pts", 0) == 0 || target.rfind("/dev/tty", 0) == 0))
-      streams.push_back(fd);
-  }
+  std::vector<int> streams = descriptorsWhere([](const std::string& target) {
+    return target.starts_with("pipe:") || target.starts_with("socket:") ||
+           target.starts_with("/dev/pts") || target.starts_with("/dev/tty");
+  });
   for (int fd : streams)
     close(fd);
 }
@@ -224,24 +237,17 @@ void startInput() {
 }
 
 std::vector<int> filesLeftOpen() {
-  std::vector<int> open;
-  std::error_code ignored;
   const std::string prefix = runDirectory.string() + "/";
-  for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd", ignored)) {
-    int fd = std::atoi(entry.path().filename().c_str());
-    std::string target = fs::read_symlink(entry.path(), ignored).string();
-    if (fd > 2 && target.rfind(prefix, 0) == 0 &&
-        target.compare(prefix.size(), std::strlen(STORE_PREFIX), STORE_PREFIX) != 0) {
-      open.push_back(fd);
-    }
-  }
-  return open;
+  return descriptorsWhere([&prefix](const std::string& target) {
+    return target.starts_with(prefix) &&
+           !isStoreFile(std::string_view(target).substr(prefix.size()));
+  });
 }
 
 void clearRunDirectory() {
   std::error_code ignored;
   for (const fs::directory_entry& entry : fs::directory_iterator(runDirectory, ignored)) {
-    if (entry.path().filename().string().rfind(STORE_PREFIX, 0) == 0) continue;
+    if (isStoreFile(entry.path().filename().string())) continue;
     fs::remove_all(entry.path(), ignored);
   }
   holdLowDescriptors();  // again where the calls closed one
