@@ -7,6 +7,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -185,11 +186,14 @@ void closeInheritedStreams() {
 // the small handle numbers that inputs make up then read nothing and wait for
 // nothing.
 void holdLowDescriptors() {
-  constexpr int HELD_BELOW = 64;
+  // Well above the numbers inputs make up, and half the process's allowance at most.
+  rlimit allowance{};
+  getrlimit(RLIMIT_NOFILE, &allowance);
+  const int heldBelow = static_cast<int>(std::min<rlim_t>(1024, allowance.rlim_cur / 2));
   for (;;) {
     int fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
     if (fd < 0) return;
-    if (fd >= HELD_BELOW) {
+    if (fd >= heldBelow) {
       close(fd);
       return;
     }
