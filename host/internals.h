@@ -87,10 +87,12 @@ inline constexpr HB_TYPE COMPLEX_TYPES =
 void releaseComplexPayload(Item* item);
 // Item release of the payload alone; the caller resets the type word.
 // Constant text, which programs pass as arguments all the time, holds nothing.
+inline bool holdsPayload(const Item* item) {
+  if (!(item->type & COMPLEX_TYPES)) return false;
+  return !(item->type & HB_IT_STRING) || item->item.asString.owned;
+}
 inline void itemReleasePayload(Item* item) {
-  if (!(item->type & COMPLEX_TYPES)) return;
-  if ((item->type & HB_IT_STRING) && !item->item.asString.owned) return;
-  releaseComplexPayload(item);
+  if (holdsPayload(item)) releaseComplexPayload(item);
 }
 inline void clearItem(Item* item) {
   itemReleasePayload(item);

@@ -90,10 +90,19 @@ Item* retype(Item* dst, HB_TYPE type) {
   return dst;
 }
 
+// Lets go of what dst holds, then puts. Out of line: the common put, into an
+// item that holds nothing to release, then makes no call and saves no registers.
+template <typename... Args>
+[[gnu::noinline]] Item* releaseThenPut(Item* (*put)(Item*, Args...), Item* dst, Args... args) {
+  clearItem(dst);
+  return put(dst, args...);
+}
+
 // Puts a new string payload into dst after releasing the old one; the new
 // payload is built first, so the text may come from dst itself.
 Item* putString(Item* dst, char* text, uint32_t length, bool owned, HB_TYPE type) {
-  itemReleasePayload(dst);
+  if (holdsPayload(dst)) [[unlikely]]
+    return releaseThenPut(putString, dst, text, length, owned, type);
   dst->type = type;
   dst->item.asString.value = text;
   dst->item.asString.length = length;
@@ -200,7 +209,10 @@ Item* itemPutCLM(VMEngine* vm, Item* dst, const char* text, uint32_t length, int
 
 // Integer and long items have the same payload; only the type word tells them apart.
 Item* putInteger(Item* dst, HB_TYPE type, int32_t value) {
-  retype(dst, type)->item.asInteger.value = value;
+  if (holdsPayload(dst)) [[unlikely]]
+    return releaseThenPut(putInteger, dst, type, value);
+  dst->type = type;
+  dst->item.asInteger.value = value;
   dst->item.asInteger.length = static_cast<uint16_t>(defaultIntWidth(value));
   return dst;
 }
@@ -333,6 +345,9 @@ Item* itemUnRef(VMEngine* vm, Item* item) {
 
 // Exact for every integer value; a double is truncated toward zero.
 int32_t itemGetNI(const Item* item) {
+  // Integer items, what a numeric result nearly always is, skip the trip through a double.
+  if (item && (item->type == HB_IT_INTEGER || item->type == HB_IT_LONG))
+    return item->item.asInteger.value;
   if (item && item->type == HB_IT_COUNTER) return static_cast<int32_t>(item->item.asCounter.value);
   return truncToInt32(itemGetND(item));
 }

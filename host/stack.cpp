@@ -22,14 +22,27 @@ void vmGrowStack(VMEngine* vm) {
 
 namespace {
 
-// Releasing a value runs no script code, so the top is kept in a register
-// and stored once.
-void popTo(VMEngine* vm, ptrdiff_t frameBase) {
+// Releasing a value runs no script code, so nothing pushes while this pops.
+[[gnu::noinline]] void popReleasing(VMEngine* vm, Item** base) {
+  VMStack& stack = vm->stack;
+  while (stack.pos > base)
+    clearItem(*--stack.pos);
+}
+
+// Frames mostly hold values with nothing to release: their loop makes no
+// call, so the caller keeps few registers to save.
+inline void popTo(VMEngine* vm, ptrdiff_t frameBase) {
   VMStack& stack = vm->stack;
   Item** base = stack.items + frameBase;
   Item** top = stack.pos;
-  while (top > base)
-    clearItem(*--top);
+  while (top > base) {
+    Item* item = *--top;
+    if (holdsPayload(item)) [[unlikely]] {
+      stack.pos = top + 1;
+      return popReleasing(vm, base);
+    }
+    item->type = HB_IT_NIL;
+  }
   stack.pos = top;
 }
 
@@ -47,43 +60,80 @@ bool isObject(const Item* item) {
   return (item->type & HB_IT_ARRAY) && item->item.asArray.value->cls != nullptr;
 }
 
-void callFunction(VMEngine* vm, DynSymbol* symbol) {
-  if (!symbol || !symbol->function) {
-    Item* error = err_RT_New(vm, ES_ERROR, ERR_SS_BASE, EG_NOFUNC, 1001, nullptr,
-                             symbol ? symbol->name : "", 0, EF_CANDEFAULT);
-    err_Launch(vm, error);
-    xItemRelease(vm, error);
-    return;
-  }
-  try {
-    symbol->function(vm);
-  } catch (const char* text) {
-    itemClear(vm, &vm->stack.Return);
-    if (vm->events && vm->events->exception) vm->events->exception(vm, vm->eventCargo, text);
-  }
+[[gnu::noinline, gnu::cold]] void raiseNoFunction(VMEngine* vm, const DynSymbol* symbol) {
+  Item* error = err_RT_New(vm, ES_ERROR, ERR_SS_BASE, EG_NOFUNC, 1001, nullptr,
+                           symbol ? symbol->name : "", 0, EF_CANDEFAULT);
+  err_Launch(vm, error);
+  xItemRelease(vm, error);
 }
 
-// Runs the frame whose symbol lies `count` + 2 slots below the top.
-void runFrame(VMEngine* vm, uint16_t count, bool send) {
+// The host's last line against a library function that throws: the call
+// ends with a nil result and the embedder hears of it.
+[[gnu::noinline, gnu::cold]] void reportException(VMEngine* vm, const char* text) {
+  itemClear(vm, &vm->stack.Return);
+  if (vm->events && vm->events->exception) vm->events->exception(vm, vm->eventCargo, text);
+}
+
+// Everything but a plain call of a known function: an extended frame, a
+// message to an object, a symbol without a function. Out of line, so that
+// the plain call keeps few registers to save.
+[[gnu::noinline]] void runSpecialFrame(VMEngine* vm, ptrdiff_t frameBase, uint16_t count,
+                                       bool send) {
   VMStack& stack = vm->stack;
-  ptrdiff_t frameBase = stack.pos - stack.items - count - 2;
-  ptrdiff_t callerBase = stack.pBase - stack.items;
-  Item* symbolItem = stack.items[frameBase];
-  stack.pBase = stack.items + frameBase;
   uint16_t stored = count;
   if (vm->extendedFrames) {
     extendFrame(vm, frameBase, count);
     stored = static_cast<uint16_t>(256 + count);
   }
-  symbolItem->item.asSymbol.paramCount = stored;
-  symbolItem->item.asSymbol.stackBase = static_cast<int32_t>(frameBase);
-  clearItem(&stack.Return);
-  DynSymbol* symbol = symbolItem->item.asSymbol.value;
+  stack.items[frameBase]->item.asSymbol.paramCount = stored;
+  DynSymbol* symbol = stack.items[frameBase]->item.asSymbol.value;
   Item* self = stack.items[frameBase + 1];
   if (send || isObject(self)) {
     objectSend(vm, self, symbol ? symbol->name : "", count);
+  } else if (symbol && symbol->function) {
+    try {
+      symbol->function(vm);
+    } catch (const char* text) {
+      reportException(vm, text);
+    }
   } else {
-    callFunction(vm, symbol);
+    raiseNoFunction(vm, symbol);
+  }
+}
+
+void runFrame(VMEngine* vm, uint16_t count, bool send);
+
+// The return item still holds the previous call's value; let go of it out of
+// line, so that the frame keeps few registers to save.
+[[gnu::noinline]] void releaseReturnAndRun(VMEngine* vm, uint16_t count, bool send) {
+  clearItem(&vm->stack.Return);
+  runFrame(vm, count, send);
+}
+
+// Runs the frame whose symbol lies `count` + 2 slots below the top. Positions
+// are kept as offsets: the call may grow, and so move, the slot array.
+void runFrame(VMEngine* vm, uint16_t count, bool send) {
+  VMStack& stack = vm->stack;
+  if (holdsPayload(&stack.Return)) [[unlikely]]
+    return releaseReturnAndRun(vm, count, send);
+  ptrdiff_t frameBase = stack.pos - stack.items - count - 2;
+  ptrdiff_t callerBase = stack.pBase - stack.items;
+  Item* symbolItem = stack.items[frameBase];
+  stack.pBase = stack.items + frameBase;
+  symbolItem->item.asSymbol.paramCount = count;
+  symbolItem->item.asSymbol.stackBase = static_cast<int32_t>(frameBase);
+  stack.Return.type = HB_IT_NIL;
+  DynSymbol* symbol = symbolItem->item.asSymbol.value;
+  const Item* self = stack.items[frameBase + 1];
+  if (!vm->extendedFrames && !send && !(self->type & HB_IT_ARRAY) && symbol && symbol->function)
+      [[likely]] {
+    try {
+      symbol->function(vm);
+    } catch (const char* text) {
+      reportException(vm, text);
+    }
+  } else {
+    runSpecialFrame(vm, frameBase, count, send);
   }
   popTo(vm, frameBase);
   stack.pBase = stack.items + callerBase;
