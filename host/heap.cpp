@@ -55,11 +55,25 @@ void* startBlock(BlockHeader* header, Heap* heap, size_t size, size_t sizeClass)
   return header ? startBlock(header, heap, size, sizeClass) : nullptr;
 }
 
-// A block of `size` bytes: a kept one of its class when there is one (zeroed
-// unless `zero` is false), else a new, zero-filled one.
+// The spare block when it can hold `size` bytes without wasting more than half of it.
+BlockHeader* takeSpare(Heap* heap, size_t size) {
+  BlockHeader* spare = heap->spare;
+  if (!spare || spare->size < size || size < spare->size / 2) return nullptr;
+  heap->spare = nullptr;
+  return spare;
+}
+
+// A block of `size` bytes: a kept one when there is one (zeroed unless `zero`
+// is false), else a new, zero-filled one.
 void* allocate(Heap* heap, size_t size, bool zero) {
   size_t sizeClass = sizeClassOf(size);
-  BlockHeader* header = sizeClass ? heap->kept[sizeClass] : nullptr;
+  if (!sizeClass) {
+    BlockHeader* spare = size >= SPARE_MIN ? takeSpare(heap, size) : nullptr;
+    if (!spare) return allocateNew(heap, size, 0);
+    if (zero) std::memset(spare + 1, 0, size);
+    return startBlock(spare, heap, size, 0);
+  }
+  BlockHeader* header = heap->kept[sizeClass];
   if (!header) return allocateNew(heap, size, sizeClass);
   heap->kept[sizeClass] = *reinterpret_cast<BlockHeader**>(header + 1);
   if (zero) std::memset(header + 1, 0, size);
@@ -72,7 +86,9 @@ void heapFree(void* block) {
   heap->liveBlocks--;
   size_t sizeClass = header->sizeClass;
   if (sizeClass == 0) {
-    systemFree(header);
+    if (header->size < SPARE_MIN || header->size > SPARE_MAX) return systemFree(header);
+    if (heap->spare) systemFree(heap->spare);
+    heap->spare = header;
     return;
   }
   *reinterpret_cast<BlockHeader**>(header + 1) = heap->kept[sizeClass];
@@ -92,6 +108,8 @@ void* heapAllocFilled(Heap* heap, size_t size) {
 void heapReleaseKept(Heap* heap) {
   for (size_t sizeClass = 0; sizeClass < KEPT_LISTS; sizeClass++)
     heap->kept[sizeClass] = nullptr;
+  if (heap->spare) systemFree(heap->spare);
+  heap->spare = nullptr;
   while (Slab* slab = heap->slabs) {
     heap->slabs = slab->next;
     systemFree(slab);
@@ -124,7 +142,7 @@ void* leaveSlab(VMEngine* vm, void* block, size_t size) {
 }
 
 void* reallocate(VMEngine* vm, void* block, size_t size, bool zero) {
-  if (!block) return vmTryAlloc(vm, size);
+  if (!block) return allocate(vm->heap, size, zero);
   if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
   BlockHeader* header = blockHeader(block);
   if (header->sizeClass != 0) return leaveSlab(vm, block, size);

@@ -29,6 +29,13 @@ inline constexpr size_t SIZE_CLASS_COUNT = 0;
 inline constexpr size_t SIZE_CLASS_COUNT = 16;  // blocks of up to 256 bytes
 #endif
 inline constexpr size_t SLAB_SIZE = size_t{64} << 10;
+// One freed large block of this range is kept for the next large allocation
+// it can serve: a program that reads file after file into strings then writes
+// into memory already mapped, instead of having the system map and zero it
+// again for each one. Not under the address sanitizer, for the same reason as
+// the small blocks.
+inline constexpr size_t SPARE_MIN = size_t{1} << 20;
+inline constexpr size_t SPARE_MAX = SIZE_CLASS_COUNT ? size_t{128} << 20 : 0;
 
 struct BlockHeader;
 struct Slab;
@@ -38,6 +45,7 @@ struct Heap {
   BlockHeader* kept[SIZE_CLASS_COUNT + 1];  // freed small blocks by size class, linked
   Slab* slabs;                              // the slab being cut is the first
   size_t slabUsed;                          // bytes of the first slab cut so far
+  BlockHeader* spare;                       // a freed large block, kept for reuse
 };
 
 struct alignas(16) BlockHeader {

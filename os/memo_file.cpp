@@ -22,7 +22,7 @@ KOVO_FUNC(MEMOREAD) {
     size--;
   char* buffer = nullptr;
   if (size > 0 && static_cast<uint64_t>(size) < STRING_LENGTH_LIMIT)
-    buffer = static_cast<char*>(vmTryAlloc(vm, static_cast<size_t>(size) + 1));
+    buffer = static_cast<char*>(vmTryReallocUnfilled(vm, nullptr, static_cast<size_t>(size) + 1));
   if (!buffer) {
     returnEmptyText(vm);
   } else {

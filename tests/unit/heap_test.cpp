@@ -1,6 +1,6 @@
-// The context's heap: small blocks cut from slabs and kept for reuse, blocks
-// that grow out of their size class, and arrays whose first elements share
-// their block.
+// The context's heap: small blocks cut from slabs and kept for reuse, a large
+// freed block kept for the next large one, blocks that grow out of their size
+// class, and arrays whose first elements share their block.
 #include <cstring>
 
 #include "vm_fixture.h"
@@ -9,7 +9,8 @@ namespace {
 
 TEST_F(VmTest, ReusedBlocksAreZeroedAndGrownBlocksKeepTheirBytes) {
   size_t live = vmHeapLiveBlocks(vm);
-  for (size_t size : {size_t{1}, size_t{40}, size_t{256}, size_t{257}, size_t{5000}}) {
+  for (size_t size :
+       {size_t{1}, size_t{40}, size_t{256}, size_t{257}, size_t{5000}, size_t{3} << 20}) {
     auto* block = static_cast<char*>(vmAlloc(vm, size));
     std::memset(block, 'x', size);
     vmFree(vm, block);
