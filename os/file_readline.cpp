@@ -122,9 +122,7 @@ KOVO_FUNC(HB_FREADLINE) {
       }
     }
   }
-  auto* line = static_cast<char*>(vmAlloc(vm, lineLength + 1));
-  std::memcpy(line, buffer, lineLength);
+  hb_storclen(vm, buffer, lineLength, 2);
   if (buffer != onStack) vmFree(vm, buffer);
-  hb_storclenAdopt(vm, line, lineLength, 2);
   itemPutNI(vm, returnItem(vm), endOfFile ? END_OF_FILE : LINE_READ);
 }
