@@ -51,12 +51,14 @@ inline Item* vmPush(VMEngine* vm) {
 inline void vmPushNil(VMEngine* vm) {
   vmPush(vm);
 }
-// A symbol item records its own stack position.
+// A symbol item records its own stack position, taken before the push so
+// that the pushes of a call keep the top in a register.
 inline void vmPushSymbol(VMEngine* vm, DynSymbol* symbol) {
+  auto position = static_cast<int32_t>(vm->stack.pos - vm->stack.items);
   Item* item = vmPush(vm);
   item->type = HB_IT_SYMBOL;
   item->item.asSymbol.value = symbol;
-  item->item.asSymbol.stackBase = static_cast<int32_t>(vm->stack.pos - vm->stack.items - 1);
+  item->item.asSymbol.stackBase = position;
   item->item.asSymbol.paramCount = 0;
 }
 KOVO_HOST_API void itemPushForward(VMEngine* vm, Item* item);
