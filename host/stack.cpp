@@ -111,24 +111,28 @@ void runFrame(VMEngine* vm, uint16_t count, bool send);
 }
 
 // Runs the frame whose symbol lies `count` + 2 slots below the top. Positions
-// are kept as offsets: the call may grow, and so move, the slot array.
+// are kept as offsets: the call may grow, and so move, the slot array. What
+// the frame holds is read before anything is stored, so that the loads are
+// under way together.
 void runFrame(VMEngine* vm, uint16_t count, bool send) {
   VMStack& stack = vm->stack;
   if (holdsPayload(&stack.Return)) [[unlikely]]
     return releaseReturnAndRun(vm, count, send);
-  ptrdiff_t frameBase = stack.pos - stack.items - count - 2;
+  Item** frame = stack.pos - count - 2;
+  Item* symbolItem = frame[0];
+  const Item* self = frame[1];
+  DynSymbol* symbol = symbolItem->item.asSymbol.value;
+  VMFunction function = symbol ? symbol->function : nullptr;
+  bool plain = function && !send && !vm->extendedFrames && !(self->type & HB_IT_ARRAY);
+  ptrdiff_t frameBase = frame - stack.items;
   ptrdiff_t callerBase = stack.pBase - stack.items;
-  Item* symbolItem = stack.items[frameBase];
-  stack.pBase = stack.items + frameBase;
+  stack.pBase = frame;
   symbolItem->item.asSymbol.paramCount = count;
   symbolItem->item.asSymbol.stackBase = static_cast<int32_t>(frameBase);
   stack.Return.type = HB_IT_NIL;
-  DynSymbol* symbol = symbolItem->item.asSymbol.value;
-  const Item* self = stack.items[frameBase + 1];
-  if (!vm->extendedFrames && !send && !(self->type & HB_IT_ARRAY) && symbol && symbol->function)
-      [[likely]] {
+  if (plain) [[likely]] {
     try {
-      symbol->function(vm);
+      function(vm);
     } catch (const char* text) {
       reportException(vm, text);
     }
