@@ -47,37 +47,44 @@ void* startBlock(BlockHeader* header, Heap* heap, size_t size, size_t sizeClass)
   return piece;
 }
 
-[[gnu::noinline]] void* allocateNew(Heap* heap, size_t size, size_t sizeClass) {
-  if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
-  BlockHeader* header =
-      sizeClass ? cutFromSlab(heap, sizeof(BlockHeader) + sizeClass * SIZE_CLASS_STEP)
-                : static_cast<BlockHeader*>(systemAllocZeroed(sizeof(BlockHeader) + size));
-  return header ? startBlock(header, heap, size, sizeClass) : nullptr;
-}
-
 // The spare block when it can hold `size` bytes without wasting more than half of it.
 BlockHeader* takeSpare(Heap* heap, size_t size) {
   BlockHeader* spare = heap->spare;
-  if (!spare || spare->size < size || size < spare->size / 2) return nullptr;
+  if (!spare || size < SPARE_MIN || spare->size < size || size < spare->size / 2) return nullptr;
   heap->spare = nullptr;
   return spare;
 }
 
-// A block of `size` bytes: a kept one when there is one (zeroed unless `zero`
-// is false), else a new, zero-filled one.
+// A large block: the spare one (zeroed unless `zero` is false) or a new one
+// of the system's.
+[[gnu::noinline]] void* allocateLarge(Heap* heap, size_t size, bool zero) {
+  if (size > SIZE_MAX - sizeof(BlockHeader)) return nullptr;
+  BlockHeader* header = takeSpare(heap, size);
+  if (header && zero) std::memset(header + 1, 0, size);
+  if (!header) header = static_cast<BlockHeader*>(systemAllocZeroed(sizeof(BlockHeader) + size));
+  return header ? startBlock(header, heap, size, 0) : nullptr;
+}
+
+// A block of `size` bytes: a kept one of its class when there is one (zeroed
+// unless `zero` is false), else a zero-filled one cut from a slab.
 void* allocate(Heap* heap, size_t size, bool zero) {
   size_t sizeClass = sizeClassOf(size);
-  if (!sizeClass) {
-    BlockHeader* spare = size >= SPARE_MIN ? takeSpare(heap, size) : nullptr;
-    if (!spare) return allocateNew(heap, size, 0);
-    if (zero) std::memset(spare + 1, 0, size);
-    return startBlock(spare, heap, size, 0);
-  }
+  if (!sizeClass) return allocateLarge(heap, size, zero);
   BlockHeader* header = heap->kept[sizeClass];
-  if (!header) return allocateNew(heap, size, sizeClass);
+  if (!header) {
+    header = cutFromSlab(heap, sizeof(BlockHeader) + sizeClass * SIZE_CLASS_STEP);
+    return header ? startBlock(header, heap, size, sizeClass) : nullptr;
+  }
   heap->kept[sizeClass] = *reinterpret_cast<BlockHeader**>(header + 1);
   if (zero) std::memset(header + 1, 0, size);
   return startBlock(header, heap, size, sizeClass);
+}
+
+// Keeps a freed large block as the spare when it is of the range kept.
+[[gnu::noinline]] void freeLarge(Heap* heap, BlockHeader* header) {
+  if (header->size < SPARE_MIN || header->size > SPARE_MAX) return systemFree(header);
+  if (heap->spare) systemFree(heap->spare);
+  heap->spare = header;
 }
 
 void heapFree(void* block) {
@@ -85,12 +92,7 @@ void heapFree(void* block) {
   Heap* heap = header->heap;
   heap->liveBlocks--;
   size_t sizeClass = header->sizeClass;
-  if (sizeClass == 0) {
-    if (header->size < SPARE_MIN || header->size > SPARE_MAX) return systemFree(header);
-    if (heap->spare) systemFree(heap->spare);
-    heap->spare = header;
-    return;
-  }
+  if (sizeClass == 0) return freeLarge(heap, header);
   *reinterpret_cast<BlockHeader**>(header + 1) = heap->kept[sizeClass];
   heap->kept[sizeClass] = header;
 }
