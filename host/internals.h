@@ -85,12 +85,13 @@ std::vector<Item*> collectItems(uint32_t argc, va_list args);
 inline constexpr HB_TYPE COMPLEX_TYPES =
     HB_IT_STRING | HB_IT_ARRAY | HB_IT_HASH | HB_IT_BLOCK | HB_IT_BYREF | HB_IT_ELEMREF;
 void releaseComplexPayload(Item* item);
-// Item release of the payload alone; the caller resets the type word.
-// Constant text, which programs pass as arguments all the time, holds nothing.
+// Whether releasing the item has anything to let go of. Constant text, which
+// programs pass as arguments all the time, holds nothing.
 inline bool holdsPayload(const Item* item) {
   if (!(item->type & COMPLEX_TYPES)) return false;
   return !(item->type & HB_IT_STRING) || item->item.asString.owned;
 }
+// Item release of the payload alone; the caller resets the type word.
 inline void itemReleasePayload(Item* item) {
   if (holdsPayload(item)) releaseComplexPayload(item);
 }

@@ -74,6 +74,15 @@ bool isObject(const Item* item) {
   if (vm->events && vm->events->exception) vm->events->exception(vm, vm->eventCargo, text);
 }
 
+// A library function's call; what it throws ends at the host.
+inline void callGuarded(VMEngine* vm, VMFunction function) {
+  try {
+    function(vm);
+  } catch (const char* text) {
+    reportException(vm, text);
+  }
+}
+
 // Everything but a plain call of a known function: an extended frame, a
 // message to an object, a symbol without a function. Out of line, so that
 // the plain call keeps few registers to save.
@@ -85,17 +94,14 @@ bool isObject(const Item* item) {
     extendFrame(vm, frameBase, count);
     stored = static_cast<uint16_t>(256 + count);
   }
-  stack.items[frameBase]->item.asSymbol.paramCount = stored;
-  DynSymbol* symbol = stack.items[frameBase]->item.asSymbol.value;
+  Item* symbolItem = stack.items[frameBase];
+  symbolItem->item.asSymbol.paramCount = stored;
+  DynSymbol* symbol = symbolItem->item.asSymbol.value;
   Item* self = stack.items[frameBase + 1];
   if (send || isObject(self)) {
     objectSend(vm, self, symbol ? symbol->name : "", count);
   } else if (symbol && symbol->function) {
-    try {
-      symbol->function(vm);
-    } catch (const char* text) {
-      reportException(vm, text);
-    }
+    callGuarded(vm, symbol->function);
   } else {
     raiseNoFunction(vm, symbol);
   }
@@ -131,11 +137,7 @@ void runFrame(VMEngine* vm, uint16_t count, bool send) {
   symbolItem->item.asSymbol.stackBase = static_cast<int32_t>(frameBase);
   stack.Return.type = HB_IT_NIL;
   if (plain) [[likely]] {
-    try {
-      function(vm);
-    } catch (const char* text) {
-      reportException(vm, text);
-    }
+    callGuarded(vm, function);
   } else {
     runSpecialFrame(vm, frameBase, count, send);
   }

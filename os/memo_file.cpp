@@ -21,6 +21,8 @@ KOVO_FUNC(MEMOREAD) {
       last == END_OF_FILE_MARK)
     size--;
   char* buffer = nullptr;
+  // Unfilled: the read writes every byte the string keeps, and zeroing a large
+  // buffer first would cost as much as the copy.
   if (size > 0 && static_cast<uint64_t>(size) < STRING_LENGTH_LIMIT)
     buffer = static_cast<char*>(vmTryReallocUnfilled(vm, nullptr, static_cast<size_t>(size) + 1));
   if (!buffer) {

@@ -149,10 +149,6 @@ bool restrictWrites(const std::vector<fs::path>& writable) {
   return ok;
 }
 
-}  // namespace
-
-namespace {
-
 // The open descriptors above the standard streams whose target (a path, or
 // "pipe:[…]" and the like) `wanted` accepts.
 template <typename Wanted>
